@@ -1,0 +1,6 @@
+#pragma once
+
+#include "VtSort.h"
+#include "ZedaColour.h"
+#include "ZedaGeometry.h"
+#include "ZedaUnicodeString.h"

@@ -1,0 +1,9 @@
+#pragma once
+
+#include "VtBrush.h"
+#include "VtGraphics.h"
+#include "VtGraphicsManager.h"
+#include "VtGraphicsTypes.h"
+#include "VtImage.h"
+#include "VtPen.h"
+#include "VtRgn.h"

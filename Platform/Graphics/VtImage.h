@@ -1,0 +1,89 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "LqBase.h"
+
+namespace VTC {
+
+class VtGraphics;
+
+// Colour table of an 8-bit image: ZEDARGBA values.
+class LQ_EXPORT VtPalette {
+public:
+    VtPalette() = default;
+    explicit VtPalette(std::vector<unsigned int> colours) : colours_(std::move(colours)) {}
+
+    int GetCount() const { return static_cast<int>(colours_.size()); }
+    unsigned int GetColour(int index) const { return colours_.at(static_cast<std::size_t>(index)); }
+    void SetColours(std::vector<unsigned int> colours) { colours_ = std::move(colours); }
+    void RemoveAll() { colours_.clear(); }
+
+private:
+    std::vector<unsigned int> colours_;
+};
+
+// What an image tells of itself. Callers set planes 1, bitsPerPixel 0, colour
+// white and bits null before the query.
+struct LQ_EXPORT VtImageInfo {
+    int width = 0;
+    int height = 0;
+    int rowBytes = 0;
+    unsigned char planes = 1;
+    unsigned char bitsPerPixel = 0;
+    unsigned char reserved1 = 0;
+    unsigned char reserved2 = 0;
+    unsigned int colour = ZEDARGB(255, 255, 255);
+    VtPalette palette;
+    unsigned char* bits = nullptr;
+};
+
+// A raster image of 1 (mask), 8 (indexed), 16 (5-6-5, red high), 24 (three
+// bytes, blue first, or red first for images compatible with printing or
+// recording surfaces) or 32 bits per pixel (ZEDARGBA values in host order).
+// Rows are top-down; the stride is a multiple of 4 bytes. Made by
+// VtGraphicsManager::NewImage and destroyed with delete.
+class LQ_EXPORT VtImage {
+public:
+    virtual ~VtImage();
+    VtImage(const VtImage&) = delete;
+    VtImage& operator=(const VtImage&) = delete;
+
+    // Allocates width x height pixels in the format of `reference`, all bytes 0.
+    bool CreateCompatibleImage(VtGraphics* reference, int width, int height);
+    // planes must be 1; bits (rows top-down at this image's stride) may be null for all 0.
+    bool CreateImage(int width, int height, int planes, int bitsPerPixel, const VtPalette* palette, const void* bits);
+    bool IsCreated() const;
+
+    bool GetImageInfo(VtImageInfo& info) const;
+    // Copy min(byteCount, rowBytes x height) bytes out or in; return the count copied.
+    long long GetBits(long long byteCount, void* buffer) const;
+    long long SetBits(long long byteCount, const void* buffer);
+
+    int GetWidth() const;
+    int GetHeight() const;
+    int GetBitsPerPixel() const;
+    int GetRowBytes() const;
+    bool IsRedFirst() const;  // 24-bit byte order
+    unsigned char* GetBitsPointer();
+    const unsigned char* GetBitsPointer() const;
+
+    // One pixel as ZEDARGBA (alpha 255 for formats without alpha; 1-bit: white or black).
+    unsigned int GetPixelColour(int x, int y) const;
+    void SetPixelColour(int x, int y, unsigned int colour);
+    void Fill(unsigned int colour);
+    bool SavePng(const std::string& path) const;
+
+protected:
+    VtImage();
+    friend class VtGraphicsManager;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+    friend class VtGraphics;
+};
+
+}  // namespace VTC

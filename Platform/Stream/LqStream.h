@@ -1,0 +1,7 @@
+#pragma once
+
+#include "VtByteArray.h"
+#include "VtFile.h"
+#include "VtFileStream.h"
+#include "VtMemoryStream.h"
+#include "VtStream.h"

@@ -1,0 +1,4 @@
+#pragma once
+
+#include "VtLogFile.h"
+#include "VtToolkit.h"

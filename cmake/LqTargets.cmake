@@ -1,0 +1,37 @@
+# Shared conventions for every library and program of the project.
+
+if(LQ_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+function(lq_warnings target)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Werror=return-type)
+endfunction()
+
+# lq_add_library(Name FOLDER dir SOURCES ... HEADERS ... DEPENDS ...)
+# Builds libLq<Name> as a shared library with the alias Lq::<Name>; public headers
+# sit in the library's own folder and are installed flat under include/LqSymbol.
+function(lq_add_library name)
+  cmake_parse_arguments(ARG "" "FOLDER" "SOURCES;HEADERS;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
+  set(target Lq${name})
+  add_library(${target} SHARED ${ARG_SOURCES} ${ARG_HEADERS})
+  add_library(Lq::${name} ALIAS ${target})
+  set_target_properties(${target} PROPERTIES
+    OUTPUT_NAME Lq${name}
+    EXPORT_NAME ${name}
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR})
+  string(TOUPPER ${name} upper)
+  target_compile_definitions(${target} PRIVATE LQ_BUILDING_${upper})
+  target_include_directories(${target} PUBLIC
+    $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/LqSymbol>)
+  target_link_libraries(${target} PUBLIC ${ARG_DEPENDS} PRIVATE ${ARG_PRIVATE_DEPENDS})
+  lq_warnings(${target})
+  install(TARGETS ${target} EXPORT LqSymbolTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(FILES ${ARG_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/LqSymbol)
+endfunction()
