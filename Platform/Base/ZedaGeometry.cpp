@@ -1,0 +1,1 @@
+#include "ZedaGeometry.h"

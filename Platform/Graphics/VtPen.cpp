@@ -1,0 +1,1 @@
+#include "VtPen.h"

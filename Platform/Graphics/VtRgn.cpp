@@ -1,0 +1,1 @@
+#include "VtRgn.h"

@@ -1,0 +1,1 @@
+#include "VtLogFile.h"
