@@ -69,6 +69,8 @@ public:
     void Load(VtStream& stream, unsigned int fileVersion);
 
 private:
+    void LoadRecord(VtStream& stream, unsigned int fileVersion, int depth);
+
     ZedaUnicodeString groupName;
     unsigned char modified;
     VtSymbolLib* attachedLib;
