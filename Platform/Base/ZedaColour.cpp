@@ -1,1 +1,7 @@
 #include "ZedaColour.h"
+
+namespace ZEDA {
+
+const unsigned int un_bigendina = 1;
+
+}  // namespace ZEDA

@@ -52,6 +52,9 @@ protected:
     void SetFailed() { failed_ = true; }
     // All-or-nothing read used by every typed read above.
     bool ReadExactly(unsigned char* bytes, unsigned long count);
+    // The target of SetPosition(offset, whence); false when it falls outside 0..length.
+    static bool ResolvePosition(long long position, long long length, long long offset, int whence,
+                                long long& target);
 
 private:
     bool failed_ = false;
