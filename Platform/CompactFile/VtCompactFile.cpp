@@ -1,1 +1,571 @@
 #include "VtCompactFile.h"
+
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "VtLogFile.h"
+
+namespace VTC {
+namespace {
+
+// The marker that tells our containers from other SQLite files: the header's
+// application id plus two rows of the meta table.
+constexpr std::int32_t containerApplicationId = 0x4C714346;  // "LqCF"
+constexpr const char* containerFormatName = "LqCompactFile";
+constexpr int containerFormatVersion = 1;
+constexpr int supportedIndexSize = 32;
+constexpr int busyTimeoutMs = 5000;
+
+constexpr int logLevel = 300;
+constexpr const char* logSource = "Platform/CompactFile/VtCompactFile";
+
+int Refuse(int result, const char* code, int line)
+{
+    VtLogFile::GetInstance(false)->RecordLog(logLevel, code, logSource, line);
+    return result;
+}
+
+// A SQLite failure that no caller asked for: a write to a read-only database
+// keeps its own code, everything else is an I/O error.
+int SqliteFailure(int rc, int line)
+{
+    if ((rc & 0xff) == SQLITE_READONLY) return Refuse(VT_CF_READ_ONLY, "ECf009", line);
+    return Refuse(VT_CF_IO_ERROR, "ECf008", line);
+}
+
+struct DbCloser {
+    void operator()(sqlite3* db) const { sqlite3_close_v2(db); }
+};
+struct StatementFinalizer {
+    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+struct BlobCloser {
+    void operator()(sqlite3_blob* blob) const { sqlite3_blob_close(blob); }
+};
+using Db = std::unique_ptr<sqlite3, DbCloser>;
+using Statement = std::unique_ptr<sqlite3_stmt, StatementFinalizer>;
+using Blob = std::unique_ptr<sqlite3_blob, BlobCloser>;
+
+class UniqueFd {
+public:
+    explicit UniqueFd(int fd) : fd_(fd) {}
+    ~UniqueFd()
+    {
+        if (fd_ >= 0) ::close(fd_);
+    }
+    UniqueFd(const UniqueFd&) = delete;
+    UniqueFd& operator=(const UniqueFd&) = delete;
+
+    bool IsValid() const { return fd_ >= 0; }
+    int Get() const { return fd_; }
+    bool Close()
+    {
+        const int rc = ::close(fd_);
+        fd_ = -1;
+        return rc == 0;
+    }
+
+private:
+    int fd_;
+};
+
+// Reads until `count` bytes or the end of the file; -1 on error.
+long long ReadFully(int fd, unsigned char* bytes, long long count)
+{
+    long long done = 0;
+    while (done < count) {
+        const ssize_t n = ::read(fd, bytes + done, static_cast<size_t>(count - done));
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) return -1;
+        if (n == 0) break;
+        done += n;
+    }
+    return done;
+}
+
+bool WriteFully(int fd, const unsigned char* bytes, long long count)
+{
+    long long done = 0;
+    while (done < count) {
+        const ssize_t n = ::write(fd, bytes + done, static_cast<size_t>(count - done));
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return false;
+        done += n;
+    }
+    return true;
+}
+
+std::string AbsolutePath(const ZedaUnicodeString& path)
+{
+    if (path.IsEmpty()) return {};
+    std::error_code error;
+    const std::filesystem::path absolute = std::filesystem::absolute(path.ToUtf8(), error);
+    return error ? std::string() : absolute.string();
+}
+
+// Makes a new directory entry survive a power loss.
+bool SyncParentDirectory(const std::string& path)
+{
+    const std::string parent = std::filesystem::path(path).parent_path().string();
+    UniqueFd dir(::open(parent.empty() ? "/" : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return dir.IsValid() && ::fsync(dir.Get()) == 0;
+}
+
+// Looks at the file before SQLite does: SQLite takes a missing file as a new
+// database and an empty one as an empty database, and neither may be touched.
+int SniffDatabaseFile(const std::string& path)
+{
+    UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    struct stat info {};
+    if (!fd.IsValid() || ::fstat(fd.Get(), &info) != 0 || !S_ISREG(info.st_mode)) return VT_CF_CANNOT_OPEN;
+    static constexpr char magic[] = "SQLite format 3";  // 16 bytes with its terminating 0
+    unsigned char header[sizeof magic] = {};
+    if (ReadFully(fd.Get(), header, sizeof header) != static_cast<long long>(sizeof header) ||
+        std::memcmp(header, magic, sizeof magic) != 0)
+        return VT_CF_NOT_CONTAINER;
+    return VT_CF_OK;
+}
+
+// Files that SQLite keeps beside a database. Left behind by a database that was
+// deleted, a hot journal would be played back into a new file of the same name.
+void RemoveOrphanedSideFiles(const std::string& path)
+{
+    for (const char* suffix : {"-journal", "-wal", "-shm"}) ::unlink((path + suffix).c_str());
+}
+
+int Prepare(sqlite3* db, std::string_view sql, Statement& statement)
+{
+    sqlite3_stmt* raw = nullptr;
+    const int rc = sqlite3_prepare_v2(db, sql.data(), static_cast<int>(sql.size()), &raw, nullptr);
+    statement.reset(raw);
+    return rc;
+}
+
+int BindText(sqlite3_stmt* statement, int index, const std::string& text)
+{
+    return sqlite3_bind_text64(statement, index, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
+}
+
+// Runs a query whose first row holds one integer.
+int QueryInt(sqlite3* db, std::string_view sql, long long& value)
+{
+    Statement statement;
+    int rc = Prepare(db, sql, statement);
+    if (rc != SQLITE_OK) return rc;
+    rc = sqlite3_step(statement.get());
+    if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? SQLITE_ERROR : rc;
+    value = sqlite3_column_int64(statement.get(), 0);
+    return SQLITE_OK;
+}
+
+int Execute(sqlite3* db, const char* sql)
+{
+    return sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
+}
+
+// Rolls back on every path that does not commit.
+class Transaction {
+public:
+    explicit Transaction(sqlite3* db) : db_(db) {}
+    ~Transaction()
+    {
+        if (active_) Execute(db_, "ROLLBACK");
+    }
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    // A writing transaction takes the write lock at once, so that it cannot
+    // fail half-way for want of it.
+    int Begin(bool write)
+    {
+        const int rc = Execute(db_, write ? "BEGIN IMMEDIATE" : "BEGIN");
+        active_ = rc == SQLITE_OK;
+        return rc;
+    }
+    int Commit()
+    {
+        const int rc = Execute(db_, "COMMIT");
+        if (rc == SQLITE_OK) active_ = false;
+        return rc;
+    }
+
+private:
+    sqlite3* db_;
+    bool active_ = false;
+};
+
+int OpenDatabase(const std::string& path, int flags, Db& db)
+{
+    sqlite3* raw = nullptr;
+    const int rc = sqlite3_open_v2(path.c_str(), &raw, flags, nullptr);
+    db.reset(raw);  // a failed open still hands out a handle to release
+    if (rc != SQLITE_OK) return rc;
+    sqlite3_extended_result_codes(raw, 1);
+    return sqlite3_busy_timeout(raw, busyTimeoutMs);
+}
+
+// Rollback journal with full syncs: every commit is on disk when it returns,
+// and at rest the container is one self-contained file.
+int ConfigureForWriting(sqlite3* db)
+{
+    return Execute(db, "PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL;");
+}
+
+int CreateSchema(sqlite3* db)
+{
+    const std::string sql = "PRAGMA application_id=" + std::to_string(containerApplicationId) +
+                            ";"
+                            "CREATE TABLE meta(name TEXT PRIMARY KEY NOT NULL, value NOT NULL);"
+                            "INSERT INTO meta VALUES('format', '" +
+                            containerFormatName + "'), ('version', " + std::to_string(containerFormatVersion) +
+                            ");"
+                            "CREATE TABLE entries(key TEXT PRIMARY KEY NOT NULL, value BLOB NOT NULL);";
+    Transaction transaction(db);
+    int rc = transaction.Begin(true);
+    if (rc == SQLITE_OK) rc = Execute(db, sql.c_str());
+    if (rc == SQLITE_OK) rc = transaction.Commit();
+    return rc;
+}
+
+// Tells a container of ours from another SQLite database. The first read of
+// the schema is where SQLite finds out that a file is no database at all.
+int Recognise(sqlite3* db, int& indexInfo)
+{
+    long long tables = 0;
+    int rc = QueryInt(db, "SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name IN ('meta', 'entries')",
+                      tables);
+    if ((rc & 0xff) == SQLITE_NOTADB || (rc & 0xff) == SQLITE_CORRUPT) return VT_CF_NOT_CONTAINER;
+    if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
+    long long applicationId = 0;
+    rc = QueryInt(db, "PRAGMA application_id", applicationId);
+    if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
+    long long markerRows = 0;
+    if (tables == 2 && applicationId == containerApplicationId) {
+        const std::string sql = std::string("SELECT count(*) FROM meta WHERE (name = 'format' AND value = '") +
+                                containerFormatName + "') OR (name = 'version' AND value = " +
+                                std::to_string(containerFormatVersion) + ")";
+        rc = QueryInt(db, sql, markerRows);
+        if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
+    }
+    indexInfo = markerRows == 2 ? VT_CF_INDEX_KEYED : VT_CF_INDEX_FOREIGN;
+    return VT_CF_OK;
+}
+
+}  // namespace
+
+struct VtCompactFile::State {
+    Db db;
+    std::string fullPath;
+    int indexInfo = VT_CF_INDEX_NONE;
+    bool readOnly = false;
+
+    enum class Access { read, write };
+
+    // The common refusals of every entry operation.
+    static int Check(const std::unique_ptr<State>& state, Access access, int line)
+    {
+        if (!state) return Refuse(VT_CF_NOT_OPEN, "ECf001", line);
+        if (state->indexInfo != VT_CF_INDEX_KEYED) return Refuse(VT_CF_FOREIGN, "ECf010", line);
+        if (access == Access::write && state->readOnly) return Refuse(VT_CF_READ_ONLY, "ECf009", line);
+        return VT_CF_OK;
+    }
+
+    // Refusals shared by Create and Open.
+    static int CheckOpenArguments(const std::unique_ptr<State>& state, const ZedaUnicodeString& password, int line)
+    {
+        if (state) return Refuse(VT_CF_ALREADY_OPEN, "ECf002", line);
+        if (!password.IsEmpty()) return Refuse(VT_CF_PASSWORD, "ECf005", line);
+        return VT_CF_OK;
+    }
+
+    // Inserts or replaces one entry, its value set by `bindValue`.
+    template <typename BindValue>
+    int Store(const std::string& key, BindValue bindValue, int line) const
+    {
+        Statement statement;
+        int rc = Prepare(db.get(),
+                         "INSERT INTO entries(key, value) VALUES(?1, ?2) "
+                         "ON CONFLICT(key) DO UPDATE SET value = excluded.value",
+                         statement);
+        if (rc == SQLITE_OK) rc = BindText(statement.get(), 1, key);
+        if (rc == SQLITE_OK) rc = bindValue(statement.get(), 2);
+        if (rc == SQLITE_OK) rc = sqlite3_step(statement.get());
+        return rc == SQLITE_DONE ? VT_CF_OK : SqliteFailure(rc, line);
+    }
+
+    // Finds the row and length of an entry: VT_CF_OK, VT_CF_KEY_NOT_FOUND or a failure.
+    int FindEntry(const std::string& key, sqlite3_int64& rowid, long long& length) const
+    {
+        Statement statement;
+        int rc = Prepare(db.get(), "SELECT rowid, length(value) FROM entries WHERE key = ?1", statement);
+        if (rc == SQLITE_OK) rc = BindText(statement.get(), 1, key);
+        if (rc == SQLITE_OK) rc = sqlite3_step(statement.get());
+        if (rc == SQLITE_DONE) return VT_CF_KEY_NOT_FOUND;
+        if (rc != SQLITE_ROW) return SqliteFailure(rc, __LINE__);
+        rowid = sqlite3_column_int64(statement.get(), 0);
+        length = sqlite3_column_int64(statement.get(), 1);
+        return VT_CF_OK;
+    }
+
+    int OpenBlob(sqlite3_int64 rowid, bool write, Blob& blob) const
+    {
+        sqlite3_blob* raw = nullptr;
+        const int rc = sqlite3_blob_open(db.get(), "main", "entries", "value", rowid, write ? 1 : 0, &raw);
+        blob.reset(raw);
+        return rc;
+    }
+};
+
+VtCompactFile::VtCompactFile() = default;
+
+VtCompactFile::~VtCompactFile()
+{
+    if (state_) Close();
+}
+
+int VtCompactFile::Create(const ZedaUnicodeString& path, int indexSize, const ZedaUnicodeString& password, int mode)
+{
+    if (const int refused = State::CheckOpenArguments(state_, password, __LINE__)) return refused;
+    if (indexSize != supportedIndexSize || mode != VT_CF_MODE_READWRITE)
+        return Refuse(VT_CF_BAD_MODE, "ECf006", __LINE__);
+    const std::string fullPath = AbsolutePath(path);
+    if (fullPath.empty()) return VT_CF_CANNOT_OPEN;
+
+    // Claiming the name with O_EXCL refuses an existing file without a race.
+    UniqueFd claim(::open(fullPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!claim.IsValid()) return VT_CF_CANNOT_OPEN;
+    claim.Close();
+    RemoveOrphanedSideFiles(fullPath);
+
+    auto state = std::make_unique<State>();
+    int rc = OpenDatabase(fullPath, SQLITE_OPEN_READWRITE, state->db);
+    if (rc == SQLITE_OK) rc = ConfigureForWriting(state->db.get());
+    if (rc == SQLITE_OK) rc = CreateSchema(state->db.get());
+    if (rc != SQLITE_OK || !SyncParentDirectory(fullPath)) {
+        state.reset();
+        ::unlink(fullPath.c_str());
+        return SqliteFailure(rc == SQLITE_OK ? SQLITE_IOERR : rc, __LINE__);
+    }
+    state->fullPath = fullPath;
+    state->indexInfo = VT_CF_INDEX_KEYED;
+    state_ = std::move(state);
+    return VT_CF_OK;
+}
+
+int VtCompactFile::Open(const ZedaUnicodeString& path, const ZedaUnicodeString& password, int mode)
+{
+    if (const int refused = State::CheckOpenArguments(state_, password, __LINE__)) return refused;
+    if (mode != VT_CF_MODE_READ && mode != VT_CF_MODE_READWRITE) return Refuse(VT_CF_BAD_MODE, "ECf006", __LINE__);
+    const std::string fullPath = AbsolutePath(path);
+    if (fullPath.empty()) return VT_CF_CANNOT_OPEN;
+    if (const int sniffed = SniffDatabaseFile(fullPath)) return sniffed;
+
+    auto state = std::make_unique<State>();
+    const int flags = mode == VT_CF_MODE_READ ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+    if (OpenDatabase(fullPath, flags, state->db) != SQLITE_OK) return VT_CF_CANNOT_OPEN;
+    if (const int result = Recognise(state->db.get(), state->indexInfo)) return result;
+
+    // A file we may not write opens for reading, so that a library installed
+    // read-only still loads; writes then report VT_CF_READ_ONLY.
+    state->readOnly = sqlite3_db_readonly(state->db.get(), "main") != 0;
+    if (state->indexInfo == VT_CF_INDEX_KEYED && !state->readOnly) {
+        if (const int rc = ConfigureForWriting(state->db.get())) return SqliteFailure(rc, __LINE__);
+    }
+    state->fullPath = fullPath;
+    state_ = std::move(state);
+    return VT_CF_OK;
+}
+
+int VtCompactFile::Lookup(const ZedaUnicodeString& key, VtByteArray& bytes, long long& size, int /*flags*/)
+{
+    if (const int refused = State::Check(state_, State::Access::read, __LINE__)) return refused;
+    Statement statement;
+    const std::string utf8Key = key.ToUtf8();
+    int rc = Prepare(state_->db.get(), "SELECT value FROM entries WHERE key = ?1", statement);
+    if (rc == SQLITE_OK) rc = BindText(statement.get(), 1, utf8Key);
+    if (rc == SQLITE_OK) rc = sqlite3_step(statement.get());
+    if (rc == SQLITE_DONE) return VT_CF_KEY_NOT_FOUND;
+    if (rc != SQLITE_ROW) return SqliteFailure(rc, __LINE__);
+
+    const auto* value = static_cast<const unsigned char*>(sqlite3_column_blob(statement.get(), 0));
+    const int length = sqlite3_column_bytes(statement.get(), 0);
+    if (value == nullptr && length > 0) return SqliteFailure(sqlite3_errcode(state_->db.get()), __LINE__);
+    bytes.SetSize(length);
+    if (length > 0) std::memcpy(bytes.GetData(), value, static_cast<size_t>(length));
+    size = length;
+    return VT_CF_OK;
+}
+
+int VtCompactFile::SetAt(const ZedaUnicodeString& key, const VtByteArray& bytes, int /*flags*/, int /*reserved1*/,
+                         int /*reserved2*/)
+{
+    if (const int refused = State::Check(state_, State::Access::write, __LINE__)) return refused;
+    // An empty array may have no storage, and a null blob would bind SQL NULL.
+    return state_->Store(
+        key.ToUtf8(),
+        [&bytes](sqlite3_stmt* statement, int index) {
+            return bytes.IsEmpty() ? sqlite3_bind_zeroblob(statement, index, 0)
+                                   : sqlite3_bind_blob64(statement, index, bytes.GetData(),
+                                                         static_cast<sqlite3_uint64>(bytes.GetSize()), SQLITE_STATIC);
+        },
+        __LINE__);
+}
+
+int VtCompactFile::Remove(const ZedaUnicodeString& key)
+{
+    if (const int refused = State::Check(state_, State::Access::write, __LINE__)) return refused;
+    Statement statement;
+    const std::string utf8Key = key.ToUtf8();
+    int rc = Prepare(state_->db.get(), "DELETE FROM entries WHERE key = ?1", statement);
+    if (rc == SQLITE_OK) rc = BindText(statement.get(), 1, utf8Key);
+    if (rc == SQLITE_OK) rc = sqlite3_step(statement.get());
+    if (rc != SQLITE_DONE) return SqliteFailure(rc, __LINE__);
+    return sqlite3_changes(state_->db.get()) == 0 ? VT_CF_KEY_NOT_FOUND : VT_CF_OK;
+}
+
+int VtCompactFile::Compact()
+{
+    if (const int refused = State::Check(state_, State::Access::write, __LINE__)) return refused;
+    const int rc = Execute(state_->db.get(), "VACUUM");
+    return rc == SQLITE_OK ? VT_CF_OK : SqliteFailure(rc, __LINE__);
+}
+
+int VtCompactFile::Flush()
+{
+    if (!state_) return Refuse(VT_CF_NOT_OPEN, "ECf001", __LINE__);
+    // Every commit was synced as it returned; what can still be lost is the
+    // directory entry of a container created since.
+    if (state_->readOnly || state_->indexInfo != VT_CF_INDEX_KEYED) return VT_CF_OK;
+    return SyncParentDirectory(state_->fullPath) ? VT_CF_OK : Refuse(VT_CF_IO_ERROR, "ECf008", __LINE__);
+}
+
+int VtCompactFile::Close()
+{
+    if (!state_) return Refuse(VT_CF_NOT_OPEN, "ECf001", __LINE__);
+    const int rc = sqlite3_close_v2(state_->db.release());
+    state_.reset();
+    return rc == SQLITE_OK ? VT_CF_OK : SqliteFailure(rc, __LINE__);
+}
+
+bool VtCompactFile::IsOpen() const
+{
+    return state_ != nullptr;
+}
+
+int VtCompactFile::GetIndexInfo() const
+{
+    return state_ ? state_->indexInfo : VT_CF_INDEX_NONE;
+}
+
+ZedaUnicodeString VtCompactFile::GetFullPath() const
+{
+    return state_ ? ZedaUnicodeString::FromUtf8(state_->fullPath) : ZedaUnicodeString();
+}
+
+std::vector<ZedaUnicodeString> VtCompactFile::GetKeys() const
+{
+    std::vector<ZedaUnicodeString> keys;
+    if (State::Check(state_, State::Access::read, __LINE__) != VT_CF_OK) return keys;
+    Statement statement;
+    int rc = Prepare(state_->db.get(), "SELECT key FROM entries", statement);
+    while (rc == SQLITE_OK && (rc = sqlite3_step(statement.get())) == SQLITE_ROW) {
+        const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), 0));
+        const int length = sqlite3_column_bytes(statement.get(), 0);
+        keys.push_back(ZedaUnicodeString::FromUtf8(std::string_view(text ? text : "", static_cast<size_t>(length))));
+        rc = SQLITE_OK;
+    }
+    if (rc != SQLITE_DONE) {
+        SqliteFailure(rc, __LINE__);
+        keys.clear();
+    }
+    // UTF-8 byte order differs from UTF-16 code-unit order above U+FFFF.
+    std::sort(keys.begin(), keys.end());
+    return keys;
+}
+
+int VtCompactFile::SetAtFromFile(const ZedaUnicodeString& key, const ZedaUnicodeString& filePath)
+{
+    if (const int refused = State::Check(state_, State::Access::write, __LINE__)) return refused;
+    UniqueFd source(::open(filePath.ToUtf8().c_str(), O_RDONLY | O_CLOEXEC));
+    struct stat info {};
+    if (!source.IsValid() || ::fstat(source.Get(), &info) != 0 || !S_ISREG(info.st_mode)) return VT_CF_CANNOT_OPEN;
+    const long long length = info.st_size;
+
+    // The value is reserved as zeros and then filled chunk by chunk, all in
+    // one transaction, so a kill half-way leaves the old value.
+    sqlite3* db = state_->db.get();
+    Transaction transaction(db);
+    int rc = transaction.Begin(true);
+    if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
+    const std::string utf8Key = key.ToUtf8();
+    const int stored = state_->Store(
+        utf8Key, [length](sqlite3_stmt* statement, int index) { return sqlite3_bind_zeroblob64(statement, index, length); },
+        __LINE__);
+    if (stored != VT_CF_OK) return stored;
+    sqlite3_int64 rowid = 0;
+    long long reserved = 0;
+    if (state_->FindEntry(utf8Key, rowid, reserved) != VT_CF_OK) return SqliteFailure(SQLITE_ERROR, __LINE__);
+
+    Blob blob;
+    rc = state_->OpenBlob(rowid, true, blob);
+    if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
+    std::vector<unsigned char> chunk(static_cast<size_t>(std::min(length, chunkSize)));
+    for (long long offset = 0; offset < length;) {
+        const long long count = std::min(chunkSize, length - offset);
+        // A file that shrank while being read fails the copy.
+        if (ReadFully(source.Get(), chunk.data(), count) != count) return Refuse(VT_CF_IO_ERROR, "ECf008", __LINE__);
+        rc = sqlite3_blob_write(blob.get(), chunk.data(), static_cast<int>(count), static_cast<int>(offset));
+        if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
+        offset += count;
+    }
+    rc = sqlite3_blob_close(blob.release());
+    if (rc == SQLITE_OK) rc = transaction.Commit();
+    return rc == SQLITE_OK ? VT_CF_OK : SqliteFailure(rc, __LINE__);
+}
+
+int VtCompactFile::LookupToFile(const ZedaUnicodeString& key, const ZedaUnicodeString& filePath)
+{
+    if (const int refused = State::Check(state_, State::Access::read, __LINE__)) return refused;
+    // One read transaction keeps the row from changing between the search and the copy.
+    sqlite3* db = state_->db.get();
+    Transaction transaction(db);
+    int rc = transaction.Begin(false);
+    if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
+    sqlite3_int64 rowid = 0;
+    long long length = 0;
+    if (const int found = state_->FindEntry(key.ToUtf8(), rowid, length)) return found;
+    Blob blob;
+    rc = state_->OpenBlob(rowid, false, blob);
+    if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
+
+    const std::string target = filePath.ToUtf8();
+    UniqueFd output(::open(target.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    if (!output.IsValid()) return VT_CF_CANNOT_OPEN;
+    std::vector<unsigned char> chunk(static_cast<size_t>(std::min(length, chunkSize)));
+    int result = VT_CF_OK;
+    for (long long offset = 0; offset < length && result == VT_CF_OK;) {
+        const long long count = std::min(chunkSize, length - offset);
+        rc = sqlite3_blob_read(blob.get(), chunk.data(), static_cast<int>(count), static_cast<int>(offset));
+        if (rc != SQLITE_OK)
+            result = SqliteFailure(rc, __LINE__);
+        else if (!WriteFully(output.Get(), chunk.data(), count))
+            result = Refuse(VT_CF_IO_ERROR, "ECf008", __LINE__);
+        offset += count;
+    }
+    if (!output.Close() && result == VT_CF_OK) result = Refuse(VT_CF_IO_ERROR, "ECf008", __LINE__);
+    // A half-written copy is worse than none.
+    if (result != VT_CF_OK) ::unlink(target.c_str());
+    return result;
+}
+
+}  // namespace VTC

@@ -23,6 +23,7 @@ enum VtCompactFileResult : int {
     VT_CF_KEY_NOT_FOUND = 7,    // Lookup/Remove of a key that is not there
     VT_CF_IO_ERROR = 8,         // the database reported an error while reading or writing
     VT_CF_READ_ONLY = 9,        // a write to a container opened for reading only
+    VT_CF_FOREIGN = 10,         // an entry operation on a database that is not such a container
 };
 
 // Open modes.

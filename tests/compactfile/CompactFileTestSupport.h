@@ -1,0 +1,74 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "VtByteArray.h"
+#include "ZedaUnicodeString.h"
+
+namespace cftest {
+
+using Bytes = std::vector<unsigned char>;
+
+// A fresh directory per test, removed with everything in it.
+class TempDirTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        std::string pattern = (std::filesystem::temp_directory_path() / "lq-cf-XXXXXX").string();
+        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+        dir_ = pattern;
+    }
+    void TearDown() override { std::filesystem::remove_all(dir_); }
+
+    std::string PathOf(const std::string& name) const { return (dir_ / name).string(); }
+    ZEDA::ZedaUnicodeString UPathOf(const std::string& name) const
+    {
+        return ZEDA::ZedaUnicodeString::FromUtf8(PathOf(name));
+    }
+
+    std::filesystem::path dir_;
+};
+
+inline Bytes ReadFileBytes(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+inline void WriteFileBytes(const std::string& path, const Bytes& bytes)
+{
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+inline VTC::VtByteArray ToArray(const Bytes& bytes)
+{
+    return VTC::VtByteArray(bytes.data(), static_cast<long long>(bytes.size()));
+}
+
+inline Bytes ToBytes(const VTC::VtByteArray& array)
+{
+    return Bytes(array.GetData(), array.GetData() + array.GetSize());
+}
+
+// Bytes that differ with both the seed and the position, so that a shifted,
+// truncated or mixed value never passes for the right one.
+inline Bytes Pattern(unsigned seed, std::size_t size)
+{
+    Bytes bytes(size);
+    unsigned state = seed * 2654435761u + 1u;
+    for (auto& byte : bytes) {
+        state = state * 1664525u + 1013904223u;
+        byte = static_cast<unsigned char>(state >> 24);
+    }
+    return bytes;
+}
+
+}  // namespace cftest
