@@ -169,7 +169,7 @@ struct VtFileStream::State {
     {
         if (mode == Mode::Reading)
             DropBuffer();
-        if ((count >= capacity || buffer.size() + count > capacity) && !Flush())
+        if (buffer.size() + count > capacity && !Flush())
             return false;
         if (count >= capacity) {
             if (!WriteAllAt(fd, bytes, count, position)) {

@@ -151,3 +151,23 @@ TEST(VtFileStream, DirectionsAndMissingFiles)
     ASSERT_TRUE(stream.Open(path, VTC::VT_STREAM_WRITE));
     EXPECT_EQ(stream.GetLength(), 0);
 }
+
+TEST(VtFileStream, ImplausibleCountsInAFileReadNothing)
+{
+    TempDir dir;
+    {
+        std::ofstream out(dir.Path("bad.bin"), std::ios::binary);
+        out.write("\xFF\xFF\xFF\x7F" "A\0", 6);  // claims INT_MAX code units
+    }
+    VtFileStream stream;
+    ASSERT_TRUE(stream.Open(dir.Unicode("bad.bin"), VTC::VT_STREAM_READ, 4));
+    ZedaUnicodeString text(u"old");
+    stream >> text;
+    EXPECT_TRUE(text.IsEmpty());
+    EXPECT_TRUE(stream.IsFailed());
+    long long value = 9;
+    ASSERT_TRUE(stream.SetPosition(0, 0));
+    EXPECT_FALSE(stream.ReadInt64(value));
+    EXPECT_EQ(value, 9);
+    EXPECT_EQ(stream.GetPosition(), 0);
+}

@@ -2,8 +2,11 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <optional>
 #include <set>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "TempDir.h"
 #include "VtFile.h"
@@ -89,18 +92,31 @@ TEST(VtFile, TemporaryPathFollowsTmpdirAndEndsInSlash)
 TEST(VtFile, TemporaryFileNamesAreUniqueAndCreated)
 {
     TempDir dir;
-    std::set<std::u16string> names;
-    for (int i = 0; i < 50; ++i) {
-        ZedaUnicodeString name;
-        ASSERT_NE(VtFile::GetTemporaryFileName(dir.Dir(), u"Cache", 0, name), 0u);
-        EXPECT_EQ(name.Find(dir.Dir()), 0);
-        EXPECT_EQ(name.Find(u"Cache"), dir.Dir().GetLength());
-        EXPECT_EQ(name.Find(u".tmp"), name.GetLength() - 4);
-        EXPECT_TRUE(VtFile::IsExist(name));
-        EXPECT_EQ(VtFile::GetLength(name), 0);
-        names.insert(name.Str());
+    // Threads started together tend to pick the same first candidate and must retry.
+    std::vector<std::vector<ZedaUnicodeString>> perThread(4);
+    std::vector<std::thread> threads;
+    for (auto& names : perThread)
+        threads.emplace_back([&dir, &names] {
+            for (int i = 0; i < 50; ++i) {
+                ZedaUnicodeString name;
+                if (VtFile::GetTemporaryFileName(dir.Dir(), u"Cache", 0, name) != 0)
+                    names.push_back(name);
+            }
+        });
+    for (auto& thread : threads)
+        thread.join();
+    std::set<std::u16string> unique;
+    for (const auto& names : perThread) {
+        EXPECT_EQ(names.size(), 50u);
+        for (const ZedaUnicodeString& name : names) {
+            EXPECT_EQ(name.Find(dir.Dir()), 0);
+            EXPECT_EQ(name.Find(u"Cache"), dir.Dir().GetLength());
+            EXPECT_EQ(name.Find(u".tmp"), name.GetLength() - 4);
+            EXPECT_EQ(VtFile::GetLength(name), 0);
+            unique.insert(name.Str());
+        }
     }
-    EXPECT_EQ(names.size(), 50u);
+    EXPECT_EQ(unique.size(), 200u);
 
     // A given unique value names the file without creating it.
     ZedaUnicodeString fixed;

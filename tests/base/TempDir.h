@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 
 #include "ZedaUnicodeString.h"
@@ -14,7 +15,9 @@ public:
     TempDir()
     {
         std::string pattern = (std::filesystem::temp_directory_path() / "lqbase-XXXXXX").string();
-        path_ = mkdtemp(pattern.data());
+        if (!mkdtemp(pattern.data()))
+            throw std::runtime_error("cannot create a temporary directory");
+        path_ = pattern;
     }
     ~TempDir() { std::filesystem::remove_all(path_); }
     TempDir(const TempDir&) = delete;
