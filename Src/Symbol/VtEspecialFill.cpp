@@ -1,1 +1,317 @@
 #include "VtEspecialFill.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <numbers>
+
+#include "LqGraphics.h"
+#include "LqToolkit.h"
+#include "VtEspecialFillBlend.h"
+
+namespace VTC {
+
+namespace EspecialFillDetail {
+
+void LogFailure(int line, const char* code, int level)
+{
+    VtLogFile::GetInstance(false)->RecordLog(level, code, "Src/Symbol/VtEspecialFill", line);
+}
+
+bool IsScreenSurface(VtGraphics* graphics)
+{
+    return !graphics->IsPrinting() && !graphics->IsRecording();
+}
+
+void ResetImageInfo(VtImageInfo& info)
+{
+    info.width = 0;
+    info.height = 0;
+    info.rowBytes = 0;
+    info.planes = 1;
+    info.bitsPerPixel = 0;
+    info.reserved1 = 0;
+    info.reserved2 = 0;
+    info.colour = ZEDARGB(255, 255, 255);
+    info.palette.RemoveAll();
+    info.bits = nullptr;
+}
+
+ZedaRect ScreenRect()
+{
+    const ZedaSize screen = VtEspecialFill::GetScreenSize();
+    return ZedaRect(0, 0, screen.cx, screen.cy);
+}
+
+bool ClipRegionToScreen(VtRgn* region)
+{
+    const ZedaRect screen = ScreenRect();
+    VtRgn* screenRegion = VtGraphicsManager::NewRgn(0);
+    if (screenRegion == nullptr) {
+        delete region;
+        LogFailure(__LINE__, "EFd009");
+        return false;
+    }
+    screenRegion->CreateRectRegion(screen.left, screen.top, screen.right, screen.bottom);
+    region->CombineRegion(region, screenRegion, 1);
+    delete screenRegion;
+    return true;
+}
+
+std::vector<ZedaPoint> DevicePoints(VtGraphics* graphics, const ZedaPoint* points, int count)
+{
+    std::vector<ZedaPoint> copy(points, points + std::max(count, 0));
+    graphics->LogicalToDevicePoints(copy.data(), static_cast<int>(copy.size()));
+    return copy;
+}
+
+int PointTotal(const int* counts, int polyCount)
+{
+    int total = 0;
+    for (int i = 0; i < polyCount; ++i)
+        total += counts[i];
+    return total;
+}
+
+bool DrawOpaqueRectangle(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour)
+{
+    VtBrush* brush = VtGraphicsManager::NewBrush(0);
+    if (brush == nullptr) {
+        LogFailure(__LINE__, "EGe001");
+        return false;
+    }
+    VtPen* pen = VtGraphicsManager::NewPen(0);
+    if (pen == nullptr) {
+        delete brush;
+        LogFailure(__LINE__, "EGe001");
+        return false;
+    }
+    brush->CreateBrush(VT_BRUSH_SOLID, colour, 100, 0, ZedaSize(0, 0), 0);
+    pen->CreatePen(VT_PEN_NULL, ZEDARGB(0, 0, 0), 0, 0, 0.0);
+    VtBrush* previousBrush = graphics->SelectBrush(brush);
+    VtPen* previousPen = graphics->SelectPen(pen);
+    graphics->DrawRectangle(rect);
+    graphics->SelectBrush(previousBrush);
+    graphics->SelectPen(previousPen);
+    delete brush;
+    delete pen;
+    return true;
+}
+
+}  // namespace EspecialFillDetail
+
+namespace {
+
+constexpr double kLineTolerance = 1e-10;
+constexpr double kAngleTolerance = 0.001;
+
+// The squares and sums of the geometry are 32-bit integers by definition;
+// wrap them the way the hardware does instead of overflowing.
+int WrappedSquareSum(int dx, int dy)
+{
+    const auto ux = static_cast<unsigned>(dx);
+    const auto uy = static_cast<unsigned>(dy);
+    return static_cast<int>(ux * ux + uy * uy);
+}
+
+int WrappedDifference(int a, int b)
+{
+    return static_cast<int>(static_cast<unsigned>(a) - static_cast<unsigned>(b));
+}
+
+double Distance(const ZedaPoint& a, const ZedaPoint& b)
+{
+    return std::sqrt(static_cast<double>(
+        WrappedSquareSum(WrappedDifference(a.x, b.x), WrappedDifference(a.y, b.y))));
+}
+
+bool IsNear(double value) { return -kLineTolerance < value && value < kLineTolerance; }
+
+// The vertical and horizontal lines, where both point constructions agree.
+bool OntoAxisParallelLine(double x1, double y1, double x2, double y2, ZedaPoint& point)
+{
+    if (IsNear(x1 - x2)) {
+        point = ZedaPoint(static_cast<int>(x1), point.y);
+        return true;
+    }
+    if (IsNear(y1 - y2)) {
+        point = ZedaPoint(point.x, static_cast<int>(y1));
+        return true;
+    }
+    return false;
+}
+
+unsigned char InterpolateChannel(unsigned char from, unsigned char to, double t)
+{
+    const int difference = static_cast<int>(to) - static_cast<int>(from);
+    return static_cast<unsigned char>(from + static_cast<int>(difference * t));
+}
+
+}  // namespace
+
+VtEspecialFill::~VtEspecialFill() = default;
+
+ZedaSize VtEspecialFill::GetScreenSize()
+{
+    ZedaSize size(1024, 768);
+    size.cx = VtToolkit::GetScreenSize(0);
+    size.cy = VtToolkit::GetScreenSize(1);
+    if (size.cx < 1024)
+        size.cx = 1024;
+    if (size.cy < 1024)
+        size.cy = 1024;
+    return size;
+}
+
+double VtEspecialFill::CalAzimuth(const ZedaPoint& from, const ZedaPoint& to)
+{
+    const int dx = WrappedDifference(from.x, to.x);
+    const int dy = WrappedDifference(from.y, to.y);
+    return std::atan2(static_cast<double>(dy), static_cast<double>(dx));
+}
+
+void VtEspecialFill::GetColor(const ZedaPoint& start, const ZedaPoint& end, unsigned int startColor,
+                              unsigned int endColor, const ZedaPoint& point, unsigned int& color)
+{
+    const double fromStart = Distance(start, point);
+    const double axisLength = Distance(start, end);
+    double t = fromStart / axisLength;
+    if (std::isnan(t) || std::isinf(t) || t > 1.0)
+        t = 1.0;
+    color = ZEDARGB(InterpolateChannel(ZEDAREDVAL(startColor), ZEDAREDVAL(endColor), t),
+                    InterpolateChannel(ZEDAGREENVAL(startColor), ZEDAGREENVAL(endColor), t),
+                    InterpolateChannel(ZEDABLUEVAL(startColor), ZEDABLUEVAL(endColor), t));
+}
+
+void VtEspecialFill::GetSectionPoint(const ZedaPoint& p1, const ZedaPoint& p2, ZedaPoint& point)
+{
+    const double x1 = p1.x, y1 = p1.y, x2 = p2.x, y2 = p2.y, x3 = point.x, y3 = point.y;
+    if (OntoAxisParallelLine(x1, y1, x2, y2, point))
+        return;
+    const double dx = x2 - x1;
+    const double dy = y2 - y1;
+    if (std::fabs(dy) - std::fabs(dx) > 0)
+        point = ZedaPoint(static_cast<int>(x1 + dx * (y3 - y1) / dy), point.y);
+    else
+        point = ZedaPoint(point.x, static_cast<int>(y1 + dy * (x3 - x1) / dx));
+}
+
+void VtEspecialFill::GetVerticalPoint(const ZedaPoint& p1, const ZedaPoint& p2, ZedaPoint& point)
+{
+    const double x1 = p1.x, y1 = p1.y, x2 = p2.x, y2 = p2.y, x3 = point.x, y3 = point.y;
+    if (OntoAxisParallelLine(x1, y1, x2, y2, point))
+        return;
+    const double dx = x2 - x1;
+    const double dy = y2 - y1;
+    const double lengthSquared = dx * dx + dy * dy;
+    if (std::fabs(dy) - std::fabs(dx) > 0) {
+        const int y = static_cast<int>((dx * dx * y1 + dy * dy * y3 + dx * dy * (x3 - x1)) / lengthSquared);
+        point = ZedaPoint(static_cast<int>(x1 + dx * (y - y1) / dy), y);
+    } else {
+        const int x = static_cast<int>((dy * dy * x1 + dx * dx * x3 + dx * dy * (y3 - y1)) / lengthSquared);
+        point = ZedaPoint(x, static_cast<int>(y1 + dy * (x - x1) / dx));
+    }
+}
+
+void VtEspecialFill::GetEndPointOfColor(double angle, const ZedaRect& rect, ZedaPoint& start, ZedaPoint& end)
+{
+    using std::numbers::pi;
+    const int left = rect.left, top = rect.top, right = rect.right, bottom = rect.bottom;
+    if (angle < kAngleTolerance || 2 * pi - angle < kAngleTolerance) {
+        start = ZedaPoint(left, top);
+        end = ZedaPoint(right, top);
+        return;
+    }
+    if (std::fabs(angle - pi / 2) < kAngleTolerance) {
+        start = ZedaPoint(left, bottom);
+        end = ZedaPoint(left, top);
+        return;
+    }
+    if (std::fabs(angle - pi) < kAngleTolerance) {
+        start = ZedaPoint(right, top);
+        end = ZedaPoint(left, top);
+        return;
+    }
+    if (std::fabs(angle - 3 * pi / 2) < kAngleTolerance) {
+        start = ZedaPoint(left, top);
+        end = ZedaPoint(left, bottom);
+        return;
+    }
+    if (angle < pi / 2) {
+        start = ZedaPoint(left, bottom);
+        end = ZedaPoint(right, top);
+    } else if (angle < pi) {
+        start = ZedaPoint(right, bottom);
+        end = ZedaPoint(left, top);
+    } else if (angle < 3 * pi / 2) {
+        start = ZedaPoint(right, top);
+        end = ZedaPoint(left, bottom);
+    } else {
+        start = ZedaPoint(left, top);
+        end = ZedaPoint(right, bottom);
+    }
+    const double diagonal = std::sqrt(static_cast<double>(WrappedSquareSum(rect.Height(), rect.Width())));
+    const int directionY = start.y - static_cast<int>(std::sin(angle) * diagonal);
+    const int directionX = start.x + static_cast<int>(std::cos(angle) * diagonal);
+    GetVerticalPoint(start, ZedaPoint(directionX, directionY), end);
+}
+
+void VtEspecialFill::SetPixel(const unsigned char& bitCount, unsigned char* pixel, const unsigned char& blue,
+                              const unsigned char& green, const unsigned char& red, const unsigned char& alpha)
+{
+    switch (bitCount) {
+    case 32: {
+        const unsigned int value = ZEDARGBA(red, green, blue, alpha);
+        std::memcpy(pixel, &value, sizeof value);
+        break;
+    }
+    case 24:
+        pixel[0] = blue;
+        pixel[1] = green;
+        pixel[2] = red;
+        break;
+    case 16: {
+        pixel[1] = static_cast<unsigned char>((pixel[1] & 0x07) | (blue << 3));
+        unsigned value = pixel[0] | (pixel[1] << 8);
+        value = (value & 0xF81F) | ((green & 0x3Fu) << 5);
+        pixel[0] = static_cast<unsigned char>(value);
+        pixel[1] = static_cast<unsigned char>(value >> 8);
+        pixel[0] = static_cast<unsigned char>((pixel[0] & 0xE0) | (red & 0x1F));
+        break;
+    }
+    default:
+        break;
+    }
+}
+
+void VtEspecialFill::GetPixel(const unsigned char& bitCount, const unsigned char* pixel, unsigned char& blue,
+                              unsigned char& green, unsigned char& red, unsigned char& alpha)
+{
+    switch (bitCount) {
+    case 32: {
+        unsigned int value;
+        std::memcpy(&value, pixel, sizeof value);
+        red = ZEDAREDVAL(value);
+        green = ZEDAGREENVAL(value);
+        blue = ZEDABLUEVAL(value);
+        alpha = ZEDAALPHAVAL(value);
+        break;
+    }
+    case 24:
+        blue = pixel[0];
+        green = pixel[1];
+        red = pixel[2];
+        break;
+    case 16: {
+        const unsigned value = pixel[0] | (pixel[1] << 8);
+        blue = static_cast<unsigned char>(pixel[1] >> 3);
+        green = static_cast<unsigned char>((value >> 5) & 0x3F);
+        red = static_cast<unsigned char>(pixel[0] & 0x1F);
+        break;
+    }
+    default:
+        break;
+    }
+}
+
+}  // namespace VTC

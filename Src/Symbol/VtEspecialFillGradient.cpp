@@ -1,1 +1,601 @@
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <numbers>
+#include <vector>
+
+#include "LqGraphics.h"
 #include "VtEspecialFill.h"
+#include "VtEspecialFillBlend.h"
+
+namespace VTC {
+
+using namespace EspecialFillDetail;
+
+namespace {
+
+using std::numbers::pi;
+
+enum GradientKind : int { kLinear = 10, kRadial = 11, kConical = 12, kSquare = 13 };
+
+// The memory graphics and the image that a generator paints into.
+struct GradientCanvas {
+    ZedaRect area;  // the working rectangle W, device pixels
+    bool screen = true;
+    VtGraphics* memory = nullptr;
+    VtImage* image = nullptr;
+    VtImage* previousImage = nullptr;
+
+    ZedaPoint Local(const ZedaPoint& p) const { return ZedaPoint(p.x - area.left, p.y - area.top); }
+};
+
+// Screen surfaces never get gradient work beyond the screen.
+void ClipToScreen(VtGraphics* graphics, GradientCanvas& canvas)
+{
+    canvas.screen = IsScreenSurface(graphics);
+    if (canvas.screen)
+        canvas.area.Intersection(ScreenRect());
+}
+
+// Size test, memory graphics and image of the working rectangle; on failure
+// everything made is destroyed and the failure logged.
+bool OpenCanvas(VtGraphics* graphics, GradientCanvas& canvas)
+{
+    if (canvas.area.Width() < 2 || canvas.area.Height() < 2) {
+        LogFailure(__LINE__, "EEa003");
+        return false;
+    }
+    canvas.memory = VtGraphicsManager::NewGraphics(0);
+    if (canvas.memory == nullptr) {
+        LogFailure(__LINE__, "EGd001");
+        return false;
+    }
+    if (!canvas.memory->CreateCompatibleGraphics(graphics)) {
+        delete canvas.memory;
+        LogFailure(__LINE__, "EGd001");
+        return false;
+    }
+    canvas.image = VtGraphicsManager::NewImage(0);
+    if (canvas.image == nullptr ||
+        !canvas.image->CreateCompatibleImage(graphics, canvas.area.Width(), canvas.area.Height())) {
+        delete canvas.memory;
+        delete canvas.image;
+        LogFailure(__LINE__, "EGd004");
+        return false;
+    }
+    canvas.previousImage = canvas.memory->SelectImage(canvas.image);
+    return true;
+}
+
+// Releases the memory graphics and hands the painted image out.
+VtImage* CloseCanvas(GradientCanvas& canvas)
+{
+    canvas.memory->SelectImage(canvas.previousImage);
+    delete canvas.memory;
+    return canvas.image;
+}
+
+// Drops a canvas whose drawing tools could not be made.
+VtImage* AbandonCanvas(GradientCanvas& canvas)
+{
+    delete CloseCanvas(canvas);
+    LogFailure(__LINE__, "EGe001");
+    return nullptr;
+}
+
+// Centre G and far corner F of the radial, conical and square gradients,
+// both taken on the normalised rectangle before any clipping.
+struct GradientCentre {
+    ZedaPoint centre;
+    ZedaPoint farCorner;
+
+    GradientCentre(const ZedaRect& rect, int offsetX, int offsetY)
+    {
+        centre = rect.CenterPoint();
+        centre.x += rect.Width() * offsetX / 100;
+        centre.y -= rect.Height() * offsetY / 100;
+        farCorner = rect.TopLeft();
+        if (offsetX < 0)
+            farCorner.x = rect.right;
+        if (offsetY > 0)
+            farCorner.y = rect.bottom;
+    }
+
+    int Radius() const
+    {
+        const double dx = centre.x - farCorner.x;
+        const double dy = centre.y - farCorner.y;
+        return static_cast<int>(std::ceil(std::sqrt(dx * dx + dy * dy)));
+    }
+
+    // Distance d from the centre of W and half-diagonal h of W.
+    void Reach(const ZedaRect& area, double& d, double& h) const
+    {
+        const ZedaPoint middle = area.CenterPoint();
+        const double dx = std::abs(centre.x - middle.x);
+        const double dy = std::abs(centre.y - middle.y);
+        d = std::sqrt(dx * dx + dy * dy);
+        const double halfWidth = area.Width() / 2.0;
+        const double halfHeight = area.Height() / 2.0;
+        h = std::sqrt(halfWidth * halfWidth + halfHeight * halfHeight);
+    }
+};
+
+// Band and ring steps: about 100 (linear) or 72 (rings, squares) on screen,
+// 200 otherwise. Never zero, so that the band loops always advance.
+int StepFor(int length, int screenBands, bool screen)
+{
+    const int bands = screen ? screenBands : 200;
+    return std::max(1, (length + bands - 1) / bands);
+}
+
+int WidePen(int step) { return step + (step + 1) / 2; }
+
+void RedefinePen(VtPen* pen, unsigned int colour, int width)
+{
+    pen->ReleasePen();
+    pen->CreatePen(VT_PEN_SOLID, colour, 0, 0, width);
+}
+
+void RedefineBrush(VtBrush* brush, int style, unsigned int colour)
+{
+    brush->ReleaseBrush();
+    brush->CreateBrush(style, colour, 100, 0, ZedaSize(0, 0), 0);
+}
+
+// The colour the radial and square gradients give at distance k from G.
+unsigned int ColourAtDistance(const GradientCentre& g, int radius, unsigned int colour1, unsigned int colour2, int k)
+{
+    unsigned int colour = 0;
+    const ZedaPoint reference(g.centre.x + radius, g.centre.y);
+    VtEspecialFill::GetColor(g.centre, reference, colour1, colour2, ZedaPoint(g.centre.x + k, g.centre.y), colour);
+    return colour;
+}
+
+// Linear bands: one thick line across W for each step along the axis.
+struct LinearBands {
+    ZedaPoint start, end;                // full colour axis
+    ZedaPoint sectionStart, sectionEnd;  // axis of W
+    double back = 0, forward = 0;        // reach A and B of a slanted band
+    double s = 0, c = 0;                 // band direction
+    ZedaPoint offset;
+    bool alongX = true;
+    bool slanted = false;
+    int lo = 0, hi = 0, step = 1;
+
+    LinearBands(const GradientCanvas& canvas, double angle, const ZedaPoint& axisStart, const ZedaPoint& axisEnd,
+                const ZedaPoint& bandStart, const ZedaPoint& bandEnd, int offsetX, int offsetY)
+        : start(axisStart), end(axisEnd), sectionStart(bandStart), sectionEnd(bandEnd)
+    {
+        const ZedaRect& area = canvas.area;
+        s = std::sin(angle);
+        c = std::cos(angle);
+        if (angle < pi) {
+            back = area.Height() * std::fabs(c);
+            forward = area.Width() * std::fabs(s);
+        } else {
+            back = area.Width() * std::fabs(s);
+            forward = area.Height() * std::fabs(c);
+        }
+        if (pi / 2 < angle && angle < 3 * pi / 2) {
+            s = -s;
+            c = -c;
+        }
+        offset = ZedaPoint(offsetX * (start.x - end.x) / 100, offsetY * (start.y - end.y) / 100);
+        alongX = std::abs(sectionStart.y - sectionEnd.y) - std::abs(sectionStart.x - sectionEnd.x) <= 0;
+        const int a = alongX ? sectionStart.x : sectionStart.y;
+        const int b = alongX ? sectionEnd.x : sectionEnd.y;
+        lo = std::min(a, b);
+        hi = std::max(a, b);
+        const int length = alongX ? std::abs(start.x - end.x) : std::abs(start.y - end.y);
+        step = StepFor(length, 100, canvas.screen);
+        slanted = alongX ? sectionStart.y != sectionEnd.y : sectionStart.x != sectionEnd.x;
+    }
+
+    // The band through axis point p, in device pixels, and its pen width.
+    void Band(const ZedaRect& area, const ZedaPoint& p, ZedaPoint& from, ZedaPoint& to, int& width) const
+    {
+        width = step;
+        if (slanted) {
+            from = ZedaPoint(p.x - RoundAway(back * s), p.y - RoundAway(back * c));
+            to = ZedaPoint(p.x + RoundAway(forward * s), p.y + RoundAway(forward * c));
+            width = WidePen(step);
+        } else if (alongX) {
+            from = ZedaPoint(p.x, area.top - 1);
+            to = ZedaPoint(p.x, area.top + area.Height() + 1);
+        } else {
+            from = ZedaPoint(area.left - 1, p.y);
+            to = ZedaPoint(area.left + area.Width() + 1, p.y);
+        }
+    }
+};
+
+}  // namespace
+
+VtImage* VtEspecialFill::GetLinearImage(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
+                                        unsigned int colour2, double angle, int offsetX, int offsetY)
+{
+    GradientCanvas canvas;
+    canvas.area = rect;
+    canvas.area.Normalize();
+    if (canvas.area.IsEmpty()) {
+        LogFailure(__LINE__, "EEf002");
+        return nullptr;
+    }
+    ZedaPoint start, end;
+    GetEndPointOfColor(angle, canvas.area, start, end);
+    ClipToScreen(graphics, canvas);
+    ZedaPoint sectionStart = start, sectionEnd = end;
+    if (canvas.screen)
+        GetEndPointOfColor(angle, canvas.area, sectionStart, sectionEnd);
+    if (!OpenCanvas(graphics, canvas))
+        return nullptr;
+    VtPen* pen = VtGraphicsManager::NewPen(0);
+    if (pen == nullptr)
+        return AbandonCanvas(canvas);
+
+    const LinearBands bands(canvas, angle, start, end, sectionStart, sectionEnd, offsetX, offsetY);
+    for (int v = bands.lo; v <= bands.hi + bands.step; v += bands.step) {
+        ZedaPoint p = bands.alongX ? ZedaPoint(v, 0) : ZedaPoint(0, v);
+        GetSectionPoint(sectionStart, sectionEnd, p);
+        ZedaPoint q(p.x + bands.offset.x, p.y + bands.offset.y);
+        GetVerticalPoint(start, end, q);
+        unsigned int colour = 0;
+        GetColor(start, end, colour1, colour2, q, colour);
+        ZedaPoint from, to;
+        int width = 0;
+        bands.Band(canvas.area, p, from, to, width);
+        pen->CreatePen(VT_PEN_SOLID, colour, 0, 0, width);
+        VtPen* previousPen = canvas.memory->SelectPen(pen);
+        canvas.memory->DrawLine(canvas.Local(from), canvas.Local(to));
+        canvas.memory->SelectPen(previousPen);
+        pen->ReleasePen();
+    }
+
+    VtImage* image = CloseCanvas(canvas);
+    delete pen;
+    return image;
+}
+
+VtImage* VtEspecialFill::GetRadialImage(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
+                                        unsigned int colour2, int offsetX, int offsetY)
+{
+    GradientCanvas canvas;
+    canvas.area = rect;
+    canvas.area.Normalize();
+    const GradientCentre g(canvas.area, offsetX, offsetY);
+    ClipToScreen(graphics, canvas);
+    if (!OpenCanvas(graphics, canvas))
+        return nullptr;
+    VtPen* pen = VtGraphicsManager::NewPen(0);
+    if (pen == nullptr)
+        return AbandonCanvas(canvas);
+
+    const int radius = g.Radius();
+    const int step = StepFor(radius, 72, canvas.screen);
+    const int penWidth = WidePen(step);
+    const ZedaPoint centre = canvas.Local(g.centre);
+    double d = 0, h = 0;
+    g.Reach(canvas.area, d, h);
+
+    pen->CreatePen(VT_PEN_SOLID, colour1, 0, 0, penWidth);
+    VtPen* previousPen = canvas.memory->SelectPen(pen);
+    int r = 0;
+    if (canvas.area.PtInRect(g.centre)) {
+        VtBrush* brush = VtGraphicsManager::NewBrush(0);
+        if (brush == nullptr) {
+            canvas.memory->SelectPen(previousPen);
+            delete pen;
+            return AbandonCanvas(canvas);
+        }
+        brush->CreateBrush(VT_BRUSH_SOLID, colour1, 100, 0, ZedaSize(0, 0), 0);
+        VtBrush* previousBrush = canvas.memory->SelectBrush(brush);
+        canvas.memory->DrawEllipse(ZedaRect(centre.x - 1, centre.y - 1, centre.x + 1, centre.y + 1));
+        canvas.memory->SelectBrush(previousBrush);
+        delete brush;
+        r = step + 1;
+    } else {
+        r = std::max(static_cast<int>(d - h), 1);
+    }
+    const int rMax = static_cast<int>(std::ceil(d + h));
+    for (; r <= rMax; r += step) {
+        RedefinePen(pen, ColourAtDistance(g, radius, colour1, colour2, r), penWidth);
+        canvas.memory->SelectPen(pen);
+        canvas.memory->DrawArc(ZedaRect(centre.x - r, centre.y - r, centre.x + r, centre.y + r), centre, centre);
+    }
+
+    canvas.memory->SelectPen(previousPen);
+    VtImage* image = CloseCanvas(canvas);
+    delete pen;
+    return image;
+}
+
+VtImage* VtEspecialFill::GetConicalImage(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
+                                         unsigned int colour2, int offsetX, int offsetY, double angle)
+{
+    GradientCanvas canvas;
+    canvas.area = rect;
+    canvas.area.Normalize();
+    const GradientCentre g(canvas.area, offsetX, offsetY);
+    ClipToScreen(graphics, canvas);
+    if (!OpenCanvas(graphics, canvas))
+        return nullptr;
+    double d = 0, h = 0;
+    g.Reach(canvas.area, d, h);
+    const ZedaPoint centre = canvas.Local(g.centre);
+
+    VtPen* pen = VtGraphicsManager::NewPen(0);
+    VtBrush* brush = VtGraphicsManager::NewBrush(0);
+    if (pen == nullptr || brush == nullptr) {
+        delete pen;
+        delete brush;
+        return AbandonCanvas(canvas);
+    }
+    pen->CreatePen(VT_PEN_NULL, colour1, 0, 0, 0.0);
+    VtPen* previousPen = canvas.memory->SelectPen(pen);
+    brush->CreateBrush(VT_BRUSH_SOLID, colour1, 100, 0, ZedaSize(0, 0), 0);
+    VtBrush* previousBrush = canvas.memory->SelectBrush(brush);
+
+    const int sectors = canvas.screen ? 64 : 128;
+    const double delta = pi / sectors;
+    const double reach = d + h;
+    ZedaPoint triangle[3];
+    triangle[0] = centre;
+    const auto drawSector = [&](double phi1, double phi2) {
+        triangle[1] = ZedaPoint(RoundAway(centre.x + reach * std::cos(phi1)), RoundAway(centre.y - reach * std::sin(phi1)));
+        triangle[2] = ZedaPoint(RoundAway(centre.x + reach * std::cos(phi2)), RoundAway(centre.y - reach * std::sin(phi2)));
+        canvas.memory->DrawPolygon(triangle, 3);
+    };
+    drawSector(angle + delta / 2, angle - delta / 2);
+    for (int i = 1; i <= sectors; ++i) {
+        unsigned int colour = 0;
+        GetColor(ZedaPoint(0, 0), ZedaPoint(sectors, 0), colour1, colour2, ZedaPoint(i, 0), colour);
+        RedefineBrush(brush, VT_BRUSH_SOLID, colour);
+        canvas.memory->SelectBrush(brush);
+        drawSector(angle + (i + 0.5) * delta, angle + (i - 0.5) * delta);
+        drawSector(angle + (-i + 0.5) * delta, angle + (-i - 0.5) * delta);
+    }
+
+    canvas.memory->SelectBrush(previousBrush);
+    canvas.memory->SelectPen(previousPen);
+    VtImage* image = CloseCanvas(canvas);
+    delete brush;
+    delete pen;
+    return image;
+}
+
+namespace {
+
+// Corners of the square of half-size k about `centre`, turned by the angle
+// whose cosine and sine are c and s.
+void TurnedSquare(const ZedaPoint& centre, double k, double c, double s, ZedaPoint* corners)
+{
+    corners[0] = ZedaPoint(RoundAway(centre.x - k * c - k * s), RoundAway(centre.y + k * c - k * s));
+    corners[1] = ZedaPoint(RoundAway(centre.x + k * c - k * s), RoundAway(centre.y + k * s + k * c));
+    corners[2] = ZedaPoint(RoundAway(centre.x + k * s + k * c), RoundAway(centre.y + k * s - k * c));
+    corners[3] = ZedaPoint(RoundAway(centre.x + k * s - k * c), RoundAway(centre.y - k * s - k * c));
+}
+
+bool IsAxisAligned(double angle)
+{
+    return (-1e-10 < angle && angle < 1e-10) || (-1e-10 < angle - 2 * pi && angle - 2 * pi < 1e-10);
+}
+
+}  // namespace
+
+VtImage* VtEspecialFill::GetSquareImage(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
+                                        unsigned int colour2, int offsetX, int offsetY, double angle)
+{
+    GradientCanvas canvas;
+    canvas.area = rect;
+    canvas.area.Normalize();
+    const GradientCentre g(canvas.area, offsetX, offsetY);
+    ClipToScreen(graphics, canvas);
+    if (!OpenCanvas(graphics, canvas))
+        return nullptr;
+    double d = 0, h = 0;
+    g.Reach(canvas.area, d, h);
+    const ZedaPoint centre = canvas.Local(g.centre);
+
+    const int radius = g.Radius();
+    const int step = StepFor(radius, 72, canvas.screen);
+    const int penWidth = WidePen(step);
+    const int kMax = static_cast<int>(std::ceil(d + h));
+
+    VtPen* pen = VtGraphicsManager::NewPen(0);
+    VtBrush* brush = pen != nullptr ? VtGraphicsManager::NewBrush(0) : nullptr;
+    if (pen == nullptr || brush == nullptr) {
+        delete pen;
+        return AbandonCanvas(canvas);
+    }
+    pen->CreatePen(VT_PEN_SOLID, colour1, 0, 0, penWidth);
+    VtPen* previousPen = canvas.memory->SelectPen(pen);
+    const auto selectPenFor = [&](int k) {
+        RedefinePen(pen, ColourAtDistance(g, radius, colour1, colour2, k), penWidth);
+        canvas.memory->SelectPen(pen);
+    };
+    const bool centreInside = canvas.area.PtInRect(g.centre);
+
+    if (IsAxisAligned(angle)) {
+        int k = 1;
+        if (centreInside) {
+            brush->CreateBrush(VT_BRUSH_SOLID, colour1, 100, 0, ZedaSize(0, 0), 0);
+            VtBrush* previousBrush = canvas.memory->SelectBrush(brush);
+            canvas.memory->DrawRectangle(ZedaRect(centre.x - 1, centre.y - 1, centre.x + 1, centre.y + 1));
+            canvas.memory->SelectBrush(previousBrush);
+            brush->ReleaseBrush();
+            k = step + 1;
+        }
+        brush->CreateBrush(VT_BRUSH_NULL, colour1, 100, 0, ZedaSize(0, 0), 0);
+        VtBrush* previousBrush = canvas.memory->SelectBrush(brush);
+        for (; k <= kMax; k += step) {
+            selectPenFor(k);
+            canvas.memory->DrawRectangle(ZedaRect(centre.x - k, centre.y - k, centre.x + k, centre.y + k));
+        }
+        canvas.memory->SelectBrush(previousBrush);
+    } else {
+        const double c = std::cos(angle);
+        const double s = std::sin(angle);
+        std::vector<ZedaPoint> corners(4);
+        if (centreInside) {
+            brush->CreateBrush(VT_BRUSH_SOLID, colour1, 100, 0, ZedaSize(0, 0), 0);
+            VtBrush* previousBrush = canvas.memory->SelectBrush(brush);
+            TurnedSquare(centre, 1, c, s, corners.data());
+            canvas.memory->DrawPolygon(corners.data(), 4);
+            canvas.memory->SelectBrush(previousBrush);
+            brush->ReleaseBrush();
+        }
+        brush->CreateBrush(VT_BRUSH_NULL, colour1, 100, 0, ZedaSize(0, 0), 0);
+        VtBrush* previousBrush = canvas.memory->SelectBrush(brush);
+        for (int k = 0; k <= kMax; k += step) {
+            TurnedSquare(centre, k, c, s, corners.data());
+            selectPenFor(k);
+            canvas.memory->DrawPolygon(corners.data(), 4);
+        }
+        canvas.memory->SelectBrush(previousBrush);
+    }
+
+    canvas.memory->SelectPen(previousPen);
+    VtImage* image = CloseCanvas(canvas);
+    delete brush;
+    delete pen;
+    return image;
+}
+
+namespace {
+
+// The surface's own gradients; only the square one hands an image back.
+VtImage* NativeGradient(VtGraphics* graphics, int kind, unsigned int colour1, unsigned int colour2, int offsetX,
+                        int offsetY, double angle)
+{
+    switch (kind) {
+    case kLinear:
+        graphics->DrawLinearGradient(colour1, colour2, offsetX, offsetY, angle);
+        return nullptr;
+    case kRadial:
+    case kConical:  // the surface has no conical gradient of its own
+        graphics->DrawRadialGradient(colour1, colour2, offsetX, offsetY, angle);
+        return nullptr;
+    default:
+        return graphics->CreateSquareGradientImage(colour1, colour2, offsetX, offsetY, angle);
+    }
+}
+
+VtImage* GeneratedGradient(VtGraphics* graphics, const ZedaRect& rect, int kind, unsigned int colour1,
+                           unsigned int colour2, int offsetX, int offsetY, double angle)
+{
+    switch (kind) {
+    case kLinear:
+        return VtEspecialFill::GetLinearImage(graphics, rect, colour1, colour2, angle, offsetX, offsetY);
+    case kRadial:
+        return VtEspecialFill::GetRadialImage(graphics, rect, colour1, colour2, offsetX, offsetY);
+    case kConical:
+        return VtEspecialFill::GetConicalImage(graphics, rect, colour1, colour2, offsetX, offsetY, angle);
+    default:
+        return VtEspecialFill::GetSquareImage(graphics, rect, colour1, colour2, offsetX, offsetY, angle);
+    }
+}
+
+}  // namespace
+
+bool VtEspecialFill::GradientRectangle(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
+                                       unsigned int colour2, double angle, int offsetX, int offsetY, int kind,
+                                       int transparency)
+{
+    ZedaRect area = rect;
+    graphics->LogicalToDeviceRect(area);
+    area.Normalize();
+    if (area.IsEmpty()) {
+        LogFailure(__LINE__, "EEf007");
+        return false;
+    }
+    area.Inflate(1);
+    offsetX = std::clamp(offsetX, -100, 100);
+    offsetY = std::clamp(offsetY, -100, 100);
+    const int previousMode = graphics->SetCoordinateMode(0);
+    const ZedaPoint previousOrigin = graphics->SetOrigin(ZedaPoint(0, 0));
+
+    bool result = false;
+    if (colour1 == colour2 || kind < kLinear || kind > kSquare) {
+        result = DrawOpaqueRectangle(graphics, area, colour1);
+    } else {
+        VtImage* image = graphics->GetSurfaceKind() == VT_SURFACE_NATIVE_GRADIENT
+                             ? NativeGradient(graphics, kind, colour1, colour2, offsetX, offsetY, angle)
+                             : GeneratedGradient(graphics, area, kind, colour1, colour2, offsetX, offsetY, angle);
+        if (IsScreenSurface(graphics))
+            area.Intersection(ScreenRect());
+        if (image != nullptr) {
+            result = TransparentBitblt(graphics, image, area.left, area.top, area.Width(), area.Height(),
+                                       transparency);
+            delete image;
+        }
+    }
+    graphics->SetCoordinateMode(previousMode);
+    graphics->SetOrigin(previousOrigin);
+    return result;
+}
+
+namespace {
+
+// Fills the bounds of a clip region of a polygon or a set of polygons.
+bool GradientRegion(VtGraphics* graphics, VtRgn* region, const char* emptyCode, unsigned int colour1,
+                    unsigned int colour2, double angle, int offsetX, int offsetY, int kind, int transparency)
+{
+    ZedaRect bounds = region->GetBoundingRect();
+    if (bounds.IsEmpty()) {
+        delete region;
+        LogFailure(__LINE__, emptyCode);
+        return false;
+    }
+    graphics->DeviceToLogicalRect(bounds);
+    if (IsScreenSurface(graphics) && !ClipRegionToScreen(region))
+        return false;
+    VtRgn* previousClip = graphics->SelectClipRegion(region, VT_CLIP_INTERSECT);
+    const bool result = VtEspecialFill::GradientRectangle(graphics, bounds, colour1, colour2, angle, offsetX,
+                                                          offsetY, kind, transparency);
+    graphics->SelectClipRegion(previousClip, VT_CLIP_REPLACE);
+    delete region;
+    return result;
+}
+
+}  // namespace
+
+bool VtEspecialFill::GradientPolygon(VtGraphics* graphics, const ZedaPoint* points, int count, unsigned int colour1,
+                                     unsigned int colour2, double angle, int offsetX, int offsetY, int kind,
+                                     int transparency)
+{
+    VtRgn* region = VtGraphicsManager::NewRgn(0);
+    if (region == nullptr) {
+        LogFailure(__LINE__, "EFd009");
+        return false;
+    }
+    std::vector<ZedaPoint> copy = DevicePoints(graphics, points, count);
+    if (!region->CreatePolygonRegion(copy.data(), count)) {
+        delete region;
+        LogFailure(__LINE__, "EFd009");
+        return false;
+    }
+    return GradientRegion(graphics, region, "EFd009", colour1, colour2, angle, offsetX, offsetY, kind,
+                          transparency);
+}
+
+bool VtEspecialFill::GradientPolyPolygon(VtGraphics* graphics, const ZedaPoint* points, const int* counts,
+                                         int polyCount, unsigned int colour1, unsigned int colour2, double angle,
+                                         int offsetX, int offsetY, int kind, int transparency)
+{
+    VtRgn* region = VtGraphicsManager::NewRgn(0);
+    if (region == nullptr) {
+        LogFailure(__LINE__, "EFd009");
+        return false;
+    }
+    std::vector<ZedaPoint> copy = DevicePoints(graphics, points, PointTotal(counts, polyCount));
+    if (!region->CreatePolyPolygonRegion(copy.data(), counts, polyCount)) {
+        delete region;
+        LogFailure(__LINE__, "EFd009");
+        return false;
+    }
+    return GradientRegion(graphics, region, "EEf005", colour1, colour2, angle, offsetX, offsetY, kind,
+                          transparency);
+}
+
+}  // namespace VTC

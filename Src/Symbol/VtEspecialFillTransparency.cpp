@@ -1,1 +1,648 @@
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <vector>
+
+#include "LqGraphics.h"
 #include "VtEspecialFill.h"
+#include "VtEspecialFillBlend.h"
+
+namespace VTC {
+
+using namespace EspecialFillDetail;
+
+namespace {
+
+using PixelBuffer = std::unique_ptr<unsigned char[]>;
+
+// A memory graphics compatible with `reference`, or null.
+VtGraphics* NewMemoryGraphics(VtGraphics* reference)
+{
+    VtGraphics* memory = VtGraphicsManager::NewGraphics(0);
+    if (memory != nullptr && !memory->CreateCompatibleGraphics(reference)) {
+        delete memory;
+        return nullptr;
+    }
+    return memory;
+}
+
+// An image of width x height in the format of `reference`, or null.
+VtImage* NewCompatibleImage(VtGraphics* reference, int width, int height)
+{
+    VtImage* image = VtGraphicsManager::NewImage(0);
+    if (image != nullptr && !image->CreateCompatibleImage(reference, width, height)) {
+        delete image;
+        return nullptr;
+    }
+    return image;
+}
+
+VtImageInfo ImageInfoOf(const VtImage* image)
+{
+    VtImageInfo info;
+    ResetImageInfo(info);
+    image->GetImageInfo(info);
+    return info;
+}
+
+std::size_t PixelBytes(const VtImageInfo& info)
+{
+    return static_cast<std::size_t>(std::max(info.rowBytes, 0)) * static_cast<std::size_t>(std::max(info.height, 0));
+}
+
+// A pixel buffer of the image's size; throws std::bad_alloc.
+PixelBuffer NewPixelBuffer(const VtImageInfo& info)
+{
+    return std::make_unique_for_overwrite<unsigned char[]>(PixelBytes(info));
+}
+
+// Draws `image` onto `target` at (x, y) with a raster operation, through `memory`.
+bool DrawThrough(VtGraphics* target, int x, int y, int width, int height, VtGraphics* memory, VtImage* image,
+                 unsigned int rop)
+{
+    VtImage* previous = memory->SelectImage(image);
+    const bool copied = target->BitBlt(x, y, width, height, memory, 0, 0, rop);
+    memory->SelectImage(previous);
+    return copied;
+}
+
+// Copies the surface under (x, y, width, height) into `image`.
+void Capture(VtGraphics* memory, VtImage* image, int width, int height, VtGraphics* surface, int x, int y)
+{
+    VtImage* previous = memory->SelectImage(image);
+    memory->BitBlt(0, 0, width, height, surface, x, y, VT_ROP_COPY);
+    memory->SelectImage(previous);
+}
+
+// How much of the image a blit of this logical extent covers.
+void BlendedArea(VtGraphics* graphics, const VtImageInfo& info, int width, int height, int& cols, int& rows)
+{
+    ZedaSize extent(width, height);
+    graphics->LogicalToDeviceSize(extent);
+    cols = std::min(info.width, extent.cx);
+    rows = std::min(info.height, extent.cy);
+}
+
+int ClampPercent(int value) { return std::clamp(value, 0, 100); }
+
+// source over target at transparency t for the top-left cols x rows pixels.
+void BlendArea(const unsigned char* source, unsigned char* target, const VtImageInfo& info, int cols, int rows,
+               unsigned t)
+{
+    if (cols <= 0 || rows <= 0)
+        return;
+    const std::size_t stride = static_cast<std::size_t>(info.rowBytes);
+    const auto width = static_cast<std::size_t>(cols);
+    for (std::size_t row = 0; row < static_cast<std::size_t>(rows); ++row) {
+        const unsigned char* s = source + row * stride;
+        unsigned char* d = target + row * stride;
+        switch (info.bitsPerPixel) {
+        case 32:
+            BlendBytes(s, d, width * 4, t, ColourBytesMask32());
+            break;
+        case 24:
+            BlendBytes(s, d, width * 3, t, 0xFFFFFFFFu);
+            break;
+        case 16:
+            BlendPixels16(s, d, width, t);
+            break;
+        default:
+            return;
+        }
+    }
+}
+
+// Whether the mask pixel at `mask` is black in the channels that get blended.
+bool IsMaskOpen(const unsigned char* mask, int bitsPerPixel)
+{
+    switch (bitsPerPixel) {
+    case 32:
+        return IsLittleEndianHost() ? (mask[0] | mask[1] | mask[2]) == 0 : (mask[1] | mask[2] | mask[3]) == 0;
+    case 24:
+        return (mask[0] | mask[1] | mask[2]) == 0;
+    default:
+        return (mask[0] | mask[1]) == 0;
+    }
+}
+
+// As BlendArea, only where the mask is black.
+void BlendMaskedArea(const unsigned char* source, unsigned char* target, const unsigned char* mask,
+                     const VtImageInfo& info, int cols, int rows, unsigned t)
+{
+    const int bits = info.bitsPerPixel;
+    if (cols <= 0 || rows <= 0 || (bits != 32 && bits != 24 && bits != 16))
+        return;
+    const std::size_t pixelBytes = static_cast<std::size_t>(bits / 8);
+    const std::uint32_t keep = bits == 32 ? ColourBytesMask32() : 0xFFFFFFFFu;
+    for (std::size_t row = 0; row < static_cast<std::size_t>(rows); ++row) {
+        const std::size_t rowStart = row * static_cast<std::size_t>(info.rowBytes);
+        for (std::size_t col = 0; col < static_cast<std::size_t>(cols); ++col) {
+            const std::size_t at = rowStart + col * pixelBytes;
+            if (!IsMaskOpen(mask + at, bits))
+                continue;
+            if (bits == 16)
+                BlendPixels16(source + at, target + at, 1, t);
+            else
+                BlendBytes(source + at, target + at, pixelBytes, t, keep);
+        }
+    }
+}
+
+}  // namespace
+
+bool VtEspecialFill::TransparentBitblt(VtGraphics* graphics, VtImage* image, int x, int y, int width, int height,
+                                       int transparency)
+{
+    if (width == 0 || height == 0) {
+        LogFailure(__LINE__, "EEa005");
+        return false;
+    }
+    const int t = ClampPercent(transparency);
+    if (t == 100)
+        return true;
+    VtGraphics* memory = NewMemoryGraphics(graphics);
+    if (memory == nullptr) {
+        LogFailure(__LINE__, "EGd003");
+        return false;
+    }
+    const VtImageInfo info = ImageInfoOf(image);
+    if (t == 0 || info.bitsPerPixel < 16) {
+        const bool copied = DrawThrough(graphics, x, y, width, height, memory, image, VT_ROP_COPY);
+        delete memory;
+        return copied;
+    }
+    VtImage* background = NewCompatibleImage(graphics, info.width, info.height);
+    if (background == nullptr) {
+        delete memory;
+        LogFailure(__LINE__, "EGd004");
+        LogFailure(__LINE__, "EGc037");
+        return false;
+    }
+    Capture(memory, background, info.width, info.height, graphics, x, y);
+
+    PixelBuffer source, target;
+    try {
+        source = NewPixelBuffer(info);
+        target = NewPixelBuffer(info);
+    } catch (const std::bad_alloc&) {
+        delete memory;
+        delete background;
+        return false;
+    }
+    const auto byteCount = static_cast<long long>(PixelBytes(info));
+    image->GetBits(byteCount, source.get());
+    background->GetBits(byteCount, target.get());
+    int cols = 0, rows = 0;
+    BlendedArea(graphics, info, width, height, cols, rows);
+    BlendArea(source.get(), target.get(), info, cols, rows, static_cast<unsigned>(t));
+    background->SetBits(byteCount, target.get());
+    source.reset();
+    target.reset();
+
+    const bool copied = DrawThrough(graphics, x, y, width, height, memory, background, VT_ROP_COPY);
+    delete memory;
+    delete background;
+    return copied;
+}
+
+bool VtEspecialFill::TransparentBitbltMask(VtGraphics* graphics, VtImage* image, VtImage* mask, int x, int y,
+                                           int width, int height, int transparency)
+{
+    if (width == 0 || height == 0) {
+        LogFailure(__LINE__, "EEa005");
+        return false;
+    }
+    const int t = ClampPercent(transparency);
+    if (t == 100)
+        return true;
+    const VtImageInfo info = ImageInfoOf(image);
+    const VtImageInfo maskInfo = ImageInfoOf(mask);
+    if (info.width != maskInfo.width || info.height != maskInfo.height ||
+        info.bitsPerPixel != maskInfo.bitsPerPixel) {
+        LogFailure(__LINE__, "EGc001");
+        return false;
+    }
+    VtGraphics* memory = NewMemoryGraphics(graphics);
+    if (memory == nullptr) {
+        LogFailure(__LINE__, "EGd002");
+        return false;
+    }
+    if (t == 0 || info.bitsPerPixel < 16) {
+        DrawThrough(graphics, x, y, width, height, memory, mask, VT_ROP_AND);
+        const bool copied = DrawThrough(graphics, x, y, width, height, memory, image, VT_ROP_OR);
+        delete memory;
+        return copied;
+    }
+    VtImage* background = NewCompatibleImage(graphics, info.width, info.height);
+    if (background == nullptr) {
+        delete memory;
+        LogFailure(__LINE__, "EGd007");
+        return false;
+    }
+    Capture(memory, background, info.width, info.height, graphics, x, y);
+
+    PixelBuffer source, target, maskBits;
+    try {
+        source = NewPixelBuffer(info);
+        target = NewPixelBuffer(info);
+        maskBits = NewPixelBuffer(info);
+    } catch (const std::bad_alloc&) {
+        delete memory;
+        delete background;
+        return false;
+    }
+    const auto byteCount = static_cast<long long>(PixelBytes(info));
+    image->GetBits(byteCount, source.get());
+    background->GetBits(byteCount, target.get());
+    mask->GetBits(byteCount, maskBits.get());
+    int cols = 0, rows = 0;
+    BlendedArea(graphics, info, width, height, cols, rows);
+    BlendMaskedArea(source.get(), target.get(), maskBits.get(), info, cols, rows, static_cast<unsigned>(t));
+    background->SetBits(byteCount, target.get());
+    source.reset();
+    target.reset();
+    maskBits.reset();
+
+    const bool copied = DrawThrough(graphics, x, y, width, height, memory, background, VT_ROP_COPY);
+    delete memory;
+    delete background;
+    return copied;
+}
+
+namespace {
+
+// Key-colour drawing through raster operations; opacity as TransparentDraw takes it.
+void DrawKeyedByRasterOps(VtGraphics* graphics, VtImage* image, int x, int y, unsigned int colour, int opacity)
+{
+    const VtImageInfo info = ImageInfoOf(image);
+    const int w = info.width, h = info.height;
+    VtGraphics* imageGraphics = VtGraphicsManager::NewGraphics(0);
+    VtGraphics* maskGraphics = VtGraphicsManager::NewGraphics(0);
+    VtGraphics* resultGraphics = VtGraphicsManager::NewGraphics(0);
+    VtImage* maskImage = VtGraphicsManager::NewImage(0);
+    VtImage* resultImage = VtGraphicsManager::NewImage(0);
+    const auto destroyAll = [&] {
+        delete imageGraphics;
+        delete maskGraphics;
+        delete resultGraphics;
+        delete maskImage;
+        delete resultImage;
+    };
+    if (imageGraphics == nullptr || maskGraphics == nullptr || resultGraphics == nullptr) {
+        destroyAll();
+        LogFailure(__LINE__, "EGd002", 400);
+        return;
+    }
+    // A graphics that cannot follow the surface's format still draws in its own.
+    imageGraphics->CreateCompatibleGraphics(graphics);
+    maskGraphics->CreateCompatibleGraphics(graphics);
+    resultGraphics->CreateCompatibleGraphics(graphics);
+    if (resultImage == nullptr || !resultImage->CreateCompatibleImage(graphics, w, h)) {
+        destroyAll();
+        LogFailure(__LINE__, "EGd004", 400);
+        return;
+    }
+    VtPalette palette;
+    palette.RemoveAll();
+    if (maskImage == nullptr || !maskImage->CreateImage(w, h, 1, 1, &palette, nullptr)) {
+        destroyAll();
+        LogFailure(__LINE__, "EGd004", 400);
+        return;
+    }
+    VtImage* previousImage = imageGraphics->SelectImage(image);
+    VtImage* previousMask = maskGraphics->SelectImage(maskImage);
+    VtImage* previousResult = resultGraphics->SelectImage(resultImage);
+    imageGraphics->SetBackgroundColour(ZEDARGB(ZEDAREDVAL(colour), ZEDAGREENVAL(colour), ZEDABLUEVAL(colour)));
+
+    maskGraphics->BitBlt(0, 0, w, h, imageGraphics, 0, 0, VT_ROP_COPY);
+    resultGraphics->BitBlt(0, 0, w, h, graphics, x, y, VT_ROP_COPY);
+    resultGraphics->BitBlt(0, 0, w, h, imageGraphics, 0, 0, VT_ROP_XOR);
+    resultGraphics->BitBlt(0, 0, w, h, maskGraphics, 0, 0, VT_ROP_AND);
+    resultGraphics->BitBlt(0, 0, w, h, imageGraphics, 0, 0, VT_ROP_XOR);
+    if (static_cast<unsigned>(opacity) > 99)
+        graphics->BitBlt(x, y, w, h, resultGraphics, 0, 0, VT_ROP_COPY);
+    else
+        VtEspecialFill::TransparentBitblt(graphics, resultImage, x, y, w, h, 100 - opacity);
+
+    imageGraphics->SelectImage(previousImage);
+    maskGraphics->SelectImage(previousMask);
+    resultGraphics->SelectImage(previousResult);
+    destroyAll();
+}
+
+// Key-colour drawing straight into the pixels of an image-backed surface.
+void DrawKeyedByPixels(VtGraphics* graphics, VtImage* image, int x, int y, unsigned int colour, int opacity)
+{
+    const VtImageInfo info = ImageInfoOf(image);
+    VtImage* target = graphics->GetTargetImage();
+    if (target == nullptr)
+        return;
+    VtImageInfo surfaceInfo = ImageInfoOf(target);
+    std::vector<unsigned char> source, pixels;
+    try {
+        source.resize(PixelBytes(info));
+        pixels.resize(PixelBytes(surfaceInfo));
+    } catch (const std::bad_alloc&) {
+        return;
+    }
+    image->GetBits(static_cast<long long>(source.size()), source.data());
+    target->GetBits(static_cast<long long>(pixels.size()), pixels.data());
+
+    const int w = info.width, h = info.height;
+    const int dw = surfaceInfo.width, dh = surfaceInfo.height;
+    const int yEnd = std::min(dh, y + h);
+    const int xEnd = std::min(x + w, dw);
+    if (std::max(y, 0) > dh || yEnd < 0 || xEnd < 0 || std::max(x, 0) > dw)
+        return;
+    const int cols = std::min(w, xEnd - std::max(x, 0));
+    const int rows = std::min(yEnd - std::max(y, 0), h);
+    const double f = opacity / 100.0;
+    const double g = (100 - opacity) / 100.0;
+    const bool copySource = static_cast<unsigned>(opacity - 1) > 98;
+    const unsigned char sourceBits = info.bitsPerPixel;
+    const unsigned char surfaceBits = surfaceInfo.bitsPerPixel;
+    const long long sourcePixel = sourceBits / 8, surfacePixel = surfaceBits / 8;
+    const auto mix = [&](unsigned char s, unsigned char d) { return static_cast<unsigned char>(s * f + d * g); };
+
+    // Rows are stepped by the widths, and a negative x or y does not shift the
+    // start; a pixel that this puts outside the surface's buffer is skipped.
+    for (long long r = 0; r < rows; ++r) {
+        for (long long c = 0; c < cols; ++c) {
+            const long long from = (r * w + c) * sourcePixel;
+            const long long to = ((r + y) * dw + x + c) * surfacePixel;
+            if (to < 0 || to + surfacePixel > static_cast<long long>(pixels.size()))
+                continue;
+            unsigned char sb = 0, sg = 0, sr = 0, sa = 0, db = 0, dg = 0, dr = 0, da = 0;
+            VtEspecialFill::GetPixel(sourceBits, source.data() + from, sb, sg, sr, sa);
+            VtEspecialFill::GetPixel(surfaceBits, pixels.data() + to, db, dg, dr, da);
+            if (sb == ZEDAREDVAL(colour) && sg == ZEDAGREENVAL(colour) && sr == ZEDABLUEVAL(colour))
+                continue;
+            da = 0;
+            if (copySource) {
+                db = sb;
+                dg = sg;
+                dr = sr;
+            } else {
+                db = mix(sb, db);
+                dg = mix(sg, dg);
+                dr = mix(sr, dr);
+            }
+            VtEspecialFill::SetPixel(surfaceBits, pixels.data() + to, db, dg, dr, da);
+        }
+    }
+    surfaceInfo.bits = pixels.data();
+    graphics->DrawImageData(0, dh, dw, -dh, 0, 0, dw, dh, surfaceInfo);
+}
+
+}  // namespace
+
+void VtEspecialFill::TransparentDraw(VtGraphics* graphics, VtImage* image, int x, int y, unsigned int colour,
+                                     int opacity)
+{
+    if (graphics->GetSurfaceKind() == VT_SURFACE_IMAGE)
+        DrawKeyedByPixels(graphics, image, x, y, colour, opacity);
+    else
+        DrawKeyedByRasterOps(graphics, image, x, y, colour, opacity);
+}
+
+namespace {
+
+bool TakesNoTransparentFill(VtGraphics* graphics)
+{
+    const int kind = graphics->GetSurfaceKind();
+    return kind == 4 || kind == 5;
+}
+
+// Cuts a large rectangle into tiles of at most 2000 device pixels a side.
+void FillInTiles(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour, int t)
+{
+    ZedaSize tile(2000, 2000);
+    graphics->DeviceToLogicalSize(tile);
+    const int tw = tile.cx, th = tile.cy;
+    ZedaRect whole = rect;
+    whole.Normalize();
+    const int left = whole.left, top = whole.top, right = whole.right, bottom = whole.bottom;
+    const int nx = whole.Width() / tw, ny = whole.Height() / th;
+    const int remX = whole.Width() % tw, remY = whole.Height() % th;
+    const auto fill = [&](int l, int tp, int r, int b) {
+        VtEspecialFill::TransparentRectangle(graphics, ZedaRect(l, tp, r, b), colour, t);
+    };
+    for (int j = 1; j <= ny; ++j)
+        for (int i = 0; i < nx; ++i)
+            fill(left + i * tw, top + (j - 1) * th, left + (i + 1) * tw, top + j * th);
+    if (remX != 0)
+        for (int k = 0; k < ny; ++k)
+            fill(right - remX, top + k * th, right, top + (k + 1) * th);
+    if (remY != 0) {
+        for (int i = 0; i < nx; ++i)
+            fill(left + i * tw, bottom - remY, left + (i + 1) * tw, bottom);
+        if (remX != 0)
+            fill(right - remX, bottom - remY, right, bottom);
+    }
+}
+
+// The colour blended into captured pixels: see the blend kernels.
+void FillArea(unsigned char* pixels, const VtImageInfo& info, unsigned int colour, unsigned t, bool redFirst)
+{
+    const unsigned char red = ZEDAREDVAL(colour), green = ZEDAGREENVAL(colour), blue = ZEDABLUEVAL(colour);
+    const std::size_t stride = static_cast<std::size_t>(info.rowBytes);
+    const auto rows = static_cast<std::size_t>(std::max(info.height, 0));
+    if (info.bitsPerPixel == 32 || info.bitsPerPixel == 24) {
+        const bool wide = info.bitsPerPixel == 32;
+        const std::size_t pixelBytes = wide ? 4 : 3;
+        unsigned char pixel[4] = {blue, green, red, 0};
+        unsigned char keep[4] = {0xFF, 0xFF, 0xFF, 0xFF};
+        if (wide && IsLittleEndianHost()) {
+            keep[3] = 0;
+        } else if (wide) {
+            pixel[0] = 0, pixel[1] = red, pixel[2] = green, pixel[3] = blue;
+            keep[0] = 0;
+        } else if (redFirst) {
+            pixel[0] = red, pixel[2] = blue;
+        }
+        const ConstantBlend blend(pixel, keep, pixelBytes, t);
+        // Every pixel that starts before rowBytes - 2, row padding included.
+        const std::size_t perRow =
+            stride > 2 ? std::min(stride, (stride - 2 + pixelBytes - 1) / pixelBytes * pixelBytes) : 0;
+        for (std::size_t row = 0; row < rows; ++row)
+            blend.Apply(pixels + row * stride, perRow);
+    } else if (info.bitsPerPixel == 16) {
+        const unsigned red5 = red > 7 ? red >> 3 : 0;
+        const unsigned green6 = green > 3 ? green >> 2 : 0;
+        const unsigned blue5 = blue > 7 ? blue >> 3 : 0;
+        for (std::size_t row = 0; row < rows; ++row)
+            FillPixels16(pixels + row * stride, static_cast<std::size_t>(std::max(info.width, 0)), red5, green6,
+                         blue5, t);
+    }
+}
+
+}  // namespace
+
+bool VtEspecialFill::TransparentRectangle(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour,
+                                          int transparency)
+{
+    if (TakesNoTransparentFill(graphics))
+        return false;
+    const int t = ClampPercent(transparency);
+    if (t == 100)
+        return true;
+    if (t == 0)
+        return DrawOpaqueRectangle(graphics, rect, colour);
+
+    ZedaRect area = rect;
+    graphics->LogicalToDeviceRect(area);
+    area.Normalize();
+    if (IsScreenSurface(graphics))
+        area.Intersection(ScreenRect());
+    if (VtGraphicsManager::GetCurGraphicsType() == VT_SURFACE_IMAGE && !IsScreenSurface(graphics)) {
+        if (const VtImage* target = graphics->GetTargetImage(); target != nullptr) {
+            const VtImageInfo targetInfo = ImageInfoOf(target);
+            area.Intersection(ZedaRect(0, 0, targetInfo.width, targetInfo.height));
+        }
+    }
+    if (area.IsEmpty()) {
+        LogFailure(__LINE__, "EEf002");
+        return false;
+    }
+    if (!IsScreenSurface(graphics) && (area.Width() > 3999 || area.Height() > 3999)) {
+        FillInTiles(graphics, rect, colour, t);
+        return true;
+    }
+
+    VtGraphics* capturing = NewMemoryGraphics(graphics);
+    if (capturing == nullptr) {
+        LogFailure(__LINE__, "EGd002");
+        return false;
+    }
+    VtGraphics* output = NewMemoryGraphics(graphics);
+    if (output == nullptr) {
+        delete capturing;
+        LogFailure(__LINE__, "EGd003");
+        return false;
+    }
+    VtImage* capture = NewCompatibleImage(graphics, area.Width(), area.Height());
+    if (capture == nullptr) {
+        delete capturing;
+        delete output;
+        LogFailure(__LINE__, "EGd007");
+        LogFailure(__LINE__, "EGd004");
+        return false;
+    }
+    VtImage* result = NewCompatibleImage(graphics, area.Width(), area.Height());
+    if (result == nullptr) {
+        delete capturing;
+        delete output;
+        delete capture;
+        LogFailure(__LINE__, "EGd006");
+        return false;
+    }
+
+    const int previousMode = graphics->SetCoordinateMode(0);
+    ZedaPoint previousOrigin = graphics->GetOrigin();
+    if (previousMode != 0)
+        previousOrigin = graphics->SetOrigin(ZedaPoint(0, 0));
+    const auto restoreCoordinates = [&] {
+        graphics->SetCoordinateMode(previousMode);
+        graphics->SetOrigin(previousOrigin);
+    };
+
+    Capture(capturing, capture, area.Width(), area.Height(), graphics, area.left, area.top);
+    const VtImageInfo info = ImageInfoOf(capture);
+    if (info.bitsPerPixel < 16) {
+        restoreCoordinates();
+        const bool drawn = DrawOpaqueRectangle(graphics, rect, colour);
+        delete capturing;
+        delete output;
+        delete capture;
+        delete result;
+        return drawn;
+    }
+    PixelBuffer pixels(new (std::nothrow) unsigned char[PixelBytes(info)]);
+    if (pixels == nullptr) {
+        delete capturing;
+        delete capture;
+        restoreCoordinates();
+        delete output;
+        delete result;
+        return false;
+    }
+    const auto byteCount = static_cast<long long>(PixelBytes(info));
+    capture->GetBits(byteCount, pixels.get());
+    const bool redFirst = graphics->IsRecording() || graphics->IsPrinting();
+    FillArea(pixels.get(), info, colour, static_cast<unsigned>(t), redFirst);
+    result->SetBits(byteCount, pixels.get());
+    pixels.reset();
+    delete capturing;
+    delete capture;
+
+    const bool copied = DrawThrough(graphics, area.left, area.top, area.Width(), area.Height(), output, result,
+                                    VT_ROP_COPY);
+    restoreCoordinates();
+    delete output;
+    delete result;
+    return copied;
+}
+
+namespace {
+
+// Fills the bounds of a clip region through TransparentRectangle.
+bool TransparentRegion(VtGraphics* graphics, VtRgn* region, unsigned int colour, int transparency)
+{
+    if (IsScreenSurface(graphics) && !ClipRegionToScreen(region))
+        return false;
+    ZedaRect bounds = region->GetBoundingRect();
+    if (bounds.IsEmpty()) {
+        delete region;
+        LogFailure(__LINE__, "EEf005");
+        return false;
+    }
+    VtRgn* previousClip = graphics->SelectClipRegion(region, VT_CLIP_INTERSECT);
+    graphics->DeviceToLogicalRect(bounds);
+    const bool result = VtEspecialFill::TransparentRectangle(graphics, bounds, colour, transparency);
+    graphics->SelectClipRegion(previousClip, VT_CLIP_REPLACE);
+    delete region;
+    return result;
+}
+
+}  // namespace
+
+bool VtEspecialFill::TransparentPolygon(VtGraphics* graphics, const ZedaPoint* points, int count, unsigned int colour,
+                                        int transparency)
+{
+    if (TakesNoTransparentFill(graphics))
+        return false;
+    VtRgn* region = VtGraphicsManager::NewRgn(0);
+    if (region == nullptr) {
+        LogFailure(__LINE__, "EEf006");
+        return false;
+    }
+    const std::vector<ZedaPoint> copy = DevicePoints(graphics, points, count);
+    if (!region->CreatePolygonRegion(copy.data(), count)) {
+        delete region;
+        LogFailure(__LINE__, "EFd009");
+        return false;
+    }
+    return TransparentRegion(graphics, region, colour, transparency);
+}
+
+bool VtEspecialFill::TransparentPolyPolygon(VtGraphics* graphics, const ZedaPoint* points, const int* counts,
+                                            int polyCount, unsigned int colour, int transparency)
+{
+    if (TakesNoTransparentFill(graphics))
+        return false;
+    VtRgn* region = VtGraphicsManager::NewRgn(0);
+    if (region == nullptr) {
+        LogFailure(__LINE__, "EFd009");
+        return false;
+    }
+    const std::vector<ZedaPoint> copy = DevicePoints(graphics, points, PointTotal(counts, polyCount));
+    if (!region->CreatePolyPolygonRegion(copy.data(), counts, polyCount)) {
+        delete region;
+        LogFailure(__LINE__, "EFd009");
+        return false;
+    }
+    return TransparentRegion(graphics, region, colour, transparency);
+}
+
+}  // namespace VTC

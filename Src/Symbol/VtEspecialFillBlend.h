@@ -1,0 +1,232 @@
+#pragma once
+
+// Internals shared by the gradient and the transparency halves of
+// VtEspecialFill: logging, surface questions and the pixel blend kernels.
+// Not installed; the tests and benchmarks of the build tree include it.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+#include <vector>
+
+#include "LqBase.h"
+
+namespace VTC {
+
+class VtGraphics;
+class VtRgn;
+struct VtImageInfo;
+
+namespace EspecialFillDetail {
+
+// Records a failure of the renderer.
+void LogFailure(int line, const char* code, int level = 300);
+
+// A surface that is neither printing nor recording is bound to the screen.
+// IsRecording is asked only when IsPrinting is false.
+bool IsScreenSurface(VtGraphics* graphics);
+
+// The record GetImageInfo fills, set up the way every caller must set it.
+void ResetImageInfo(VtImageInfo& info);
+
+// (0, 0) to the screen size of VtEspecialFill::GetScreenSize.
+ZEDA::ZedaRect ScreenRect();
+
+// Intersects the region with the screen; false (and the region destroyed,
+// the failure logged) when the screen region cannot be made.
+bool ClipRegionToScreen(VtRgn* region);
+
+// A device-pixel copy of the first `count` points.
+std::vector<ZEDA::ZedaPoint> DevicePoints(VtGraphics* graphics, const ZEDA::ZedaPoint* points, int count);
+
+// The number of points of a set of polygons.
+int PointTotal(const int* counts, int polyCount);
+
+// An opaque rectangle of the colour without an outline; false (logged) when
+// the brush or the pen cannot be made.
+bool DrawOpaqueRectangle(VtGraphics* graphics, const ZEDA::ZedaRect& rect, unsigned int colour);
+
+// Half away from zero, then truncated.
+inline int RoundAway(double value)
+{
+    return static_cast<int>(value > 0 ? value + 0.5 : value - 0.5);
+}
+
+// True when the host stores integers little-endian (ZEDA::un_bigendina).
+inline bool IsLittleEndianHost()
+{
+    return reinterpret_cast<const unsigned char*>(&ZEDA::un_bigendina)[0] == 1;
+}
+
+// The 4-byte pattern, in memory order, that keeps the three colour bytes of a
+// blended 32-bit pixel and forces the fourth channel to 0: byte 3 on a
+// little-endian host, byte 0 otherwise.
+inline std::uint32_t ColourBytesMask32()
+{
+    const unsigned char keep[4] = {static_cast<unsigned char>(IsLittleEndianHost() ? 0xFF : 0x00), 0xFF, 0xFF,
+                                   static_cast<unsigned char>(IsLittleEndianHost() ? 0x00 : 0xFF)};
+    std::uint32_t mask;
+    std::memcpy(&mask, keep, 4);
+    return mask;
+}
+
+// truncate(a * o / 100.0 + b * t / 100.0) equals (a * o + b * t) / 100 for
+// every pair of bytes and every o + t = 100 (checked exhaustively by the
+// tests), so every blend below works in integers. The sum never exceeds
+// 25500, where (x * 5243) >> 19 is exactly x / 100.
+constexpr unsigned kDivideBy100Multiplier = 5243;
+constexpr unsigned kDivideBy100Shift = 19;
+
+inline unsigned DivideBy100(unsigned value)
+{
+    return (value * kDivideBy100Multiplier) >> kDivideBy100Shift;
+}
+
+inline unsigned char BlendByte(unsigned source, unsigned target, unsigned opacity, unsigned transparency)
+{
+    return static_cast<unsigned char>(DivideBy100(source * opacity + target * transparency));
+}
+
+// target[i] = blend(source[i], target[i]) AND the byte of keepMask (a 4-byte
+// pattern in memory order) at i mod 4. `count` bytes from a pixel boundary.
+inline void BlendBytes(const unsigned char* source, unsigned char* target, std::size_t count, unsigned transparency,
+                       std::uint32_t keepMask)
+{
+    const unsigned opacity = 100 - transparency;
+    unsigned char maskBytes[4];
+    std::memcpy(maskBytes, &keepMask, 4);
+    std::size_t i = 0;
+#if defined(__SSE2__)
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i o = _mm_set1_epi16(static_cast<short>(opacity));
+    const __m128i t = _mm_set1_epi16(static_cast<short>(transparency));
+    const __m128i divisor = _mm_set1_epi16(static_cast<short>(kDivideBy100Multiplier));
+    const __m128i mask = _mm_set1_epi32(static_cast<int>(keepMask));
+    for (; i + 16 <= count; i += 16) {
+        const __m128i s = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source + i));
+        const __m128i d = _mm_loadu_si128(reinterpret_cast<const __m128i*>(target + i));
+        __m128i lo = _mm_add_epi16(_mm_mullo_epi16(_mm_unpacklo_epi8(s, zero), o),
+                                   _mm_mullo_epi16(_mm_unpacklo_epi8(d, zero), t));
+        __m128i hi = _mm_add_epi16(_mm_mullo_epi16(_mm_unpackhi_epi8(s, zero), o),
+                                   _mm_mullo_epi16(_mm_unpackhi_epi8(d, zero), t));
+        lo = _mm_srli_epi16(_mm_mulhi_epu16(lo, divisor), kDivideBy100Shift - 16);
+        hi = _mm_srli_epi16(_mm_mulhi_epu16(hi, divisor), kDivideBy100Shift - 16);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(target + i), _mm_and_si128(_mm_packus_epi16(lo, hi), mask));
+    }
+#endif
+    for (; i < count; ++i)
+        target[i] = BlendByte(source[i], target[i], opacity, transparency) & maskBytes[i % 4];
+}
+
+// A colour blended over pixels: each byte becomes
+// truncate(old * t / 100.0 + c * o / 100.0) for the colour byte c of its place
+// in a pixel, that is (old * t + c * o) / 100, then ANDed with the keep mask.
+// Built for pixels of 3 or 4 bytes; 48 bytes hold a whole number of both.
+class ConstantBlend {
+public:
+    static constexpr std::size_t kPatternBytes = 48;
+
+    // pixel: the colour bytes of one pixel in memory order; keep: the mask bytes.
+    ConstantBlend(const unsigned char* pixel, const unsigned char* keep, std::size_t pixelBytes,
+                  unsigned transparency);
+
+    // Blends `count` bytes starting at a pixel boundary.
+    void Apply(unsigned char* target, std::size_t count) const
+    {
+        std::size_t i = 0;
+#if defined(__SSE2__)
+        const __m128i zero = _mm_setzero_si128();
+        const __m128i t = _mm_set1_epi16(static_cast<short>(transparency_));
+        const __m128i divisor = _mm_set1_epi16(static_cast<short>(kDivideBy100Multiplier));
+        for (; i + kPatternBytes <= count; i += kPatternBytes) {
+            for (std::size_t v = 0; v < kPatternBytes / 16; ++v) {
+                unsigned char* at = target + i + v * 16;
+                const __m128i d = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+                __m128i lo = _mm_add_epi16(_mm_mullo_epi16(_mm_unpacklo_epi8(d, zero), t), colourLo_[v]);
+                __m128i hi = _mm_add_epi16(_mm_mullo_epi16(_mm_unpackhi_epi8(d, zero), t), colourHi_[v]);
+                lo = _mm_srli_epi16(_mm_mulhi_epu16(lo, divisor), kDivideBy100Shift - 16);
+                hi = _mm_srli_epi16(_mm_mulhi_epu16(hi, divisor), kDivideBy100Shift - 16);
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(at), _mm_and_si128(_mm_packus_epi16(lo, hi), keep_[v]));
+            }
+        }
+#endif
+        for (; i < count; ++i) {
+            const std::size_t place = i % kPatternBytes;
+            target[i] = static_cast<unsigned char>(DivideBy100(target[i] * transparency_ + colourShare_[place])) &
+                        keepBytes_[place];
+        }
+    }
+
+private:
+    unsigned transparency_;
+    std::uint16_t colourShare_[kPatternBytes];  // c * o for each byte place
+    unsigned char keepBytes_[kPatternBytes];
+#if defined(__SSE2__)
+    __m128i colourLo_[kPatternBytes / 16];
+    __m128i colourHi_[kPatternBytes / 16];
+    __m128i keep_[kPatternBytes / 16];
+#endif
+};
+
+inline ConstantBlend::ConstantBlend(const unsigned char* pixel, const unsigned char* keep, std::size_t pixelBytes,
+                                    unsigned transparency)
+    : transparency_(transparency)
+{
+    const unsigned opacity = 100 - transparency;
+    for (std::size_t i = 0; i < kPatternBytes; ++i) {
+        colourShare_[i] = static_cast<std::uint16_t>(pixel[i % pixelBytes] * opacity);
+        keepBytes_[i] = keep[i % pixelBytes];
+    }
+#if defined(__SSE2__)
+    for (std::size_t v = 0; v < kPatternBytes / 16; ++v) {
+        colourLo_[v] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(colourShare_ + v * 16));
+        colourHi_[v] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(colourShare_ + v * 16 + 8));
+        keep_[v] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(keepBytes_ + v * 16));
+    }
+#endif
+}
+
+// The 16-bit layout of the blits: blue in bits 11-15, green in bits 5-10, red
+// in bits 0-4. Each field becomes (s * o) / 100 + (d * t) / 100.
+inline void BlendPixels16(const unsigned char* source, unsigned char* target, std::size_t pixels,
+                          unsigned transparency)
+{
+    const unsigned opacity = 100 - transparency;
+    const auto field = [&](unsigned s, unsigned d) { return DivideBy100(s * opacity) + DivideBy100(d * transparency); };
+    for (std::size_t i = 0; i < pixels; ++i) {
+        const unsigned s = source[2 * i] | (source[2 * i + 1] << 8);
+        const unsigned d = target[2 * i] | (target[2 * i + 1] << 8);
+        const unsigned blue = field(s >> 11, d >> 11);
+        const unsigned green = field((s >> 5) & 0x3F, (d >> 5) & 0x3F);
+        const unsigned red = field(s & 0x1F, d & 0x1F);
+        const unsigned value = (blue << 11) | ((green & 0x3F) << 5) | (red & 0x1F);
+        target[2 * i] = static_cast<unsigned char>(value);
+        target[2 * i + 1] = static_cast<unsigned char>(value >> 8);
+    }
+}
+
+// A 5-6-5 colour (high, middle, low field) blended over 16-bit pixels: each
+// field becomes truncate(old * t / 100.0 + c * o / 100.0).
+inline void FillPixels16(unsigned char* target, std::size_t pixels, unsigned high, unsigned middle, unsigned low,
+                         unsigned transparency)
+{
+    const unsigned opacity = 100 - transparency;
+    const unsigned highShare = high * opacity, middleShare = middle * opacity, lowShare = low * opacity;
+    for (std::size_t i = 0; i < pixels; ++i) {
+        const unsigned d = target[2 * i] | (target[2 * i + 1] << 8);
+        const unsigned h = DivideBy100((d >> 11) * transparency + highShare);
+        const unsigned m = DivideBy100(((d >> 5) & 0x3F) * transparency + middleShare);
+        const unsigned l = DivideBy100((d & 0x1F) * transparency + lowShare);
+        const unsigned value = (h << 11) | ((m & 0x3F) << 5) | (l & 0x1F);
+        target[2 * i] = static_cast<unsigned char>(value);
+        target[2 * i + 1] = static_cast<unsigned char>(value >> 8);
+    }
+}
+
+}  // namespace EspecialFillDetail
+}  // namespace VTC
