@@ -165,13 +165,43 @@ TEST_F(GroupTest, AddItemKeepsEachIdInOneGroup)
     EXPECT_EQ(Items(a), (std::vector<int>{8, 7}));
     EXPECT_TRUE(a->AddItem(8, 1));
     EXPECT_EQ(Items(a), (std::vector<int>{7, 8}));
+    VtSymbolGroup* sibling = root->CreateChildGroup(u"Sibling");
+    EXPECT_TRUE(sibling->AddItem(8, 1));
+    EXPECT_EQ(Items(a), (std::vector<int>{7}));
+    EXPECT_TRUE(b->AddItem(8, 1));
+    EXPECT_TRUE(Items(sibling).empty());
+    EXPECT_EQ(Items(b), (std::vector<int>{8}));
+    EXPECT_TRUE(b->MoveItemTo(8, sibling));
 
-    EXPECT_EQ(root->FindChildGroupWithID(8), a);
+    EXPECT_EQ(root->FindChildGroupWithID(8), sibling);
     EXPECT_TRUE(root->IsExistID(7));
     EXPECT_FALSE(b->IsExistID(7));
     TakeLog();
     EXPECT_EQ(root->FindChildGroupWithID(99), nullptr);
-    EXPECT_EQ(TakeLog(), (Log{G("EDd003"), G("EDd003"), G("EDd003"), G("EGa041"), G("EGa041"), G("EGa041")}));
+    // Each group logs as its own search ends: root, A, B, then Sibling.
+    EXPECT_EQ(TakeLog(), (Log{G("EDd003"), G("EDd003"), G("EDd003"), G("EGa041"), G("EGa041"), G("EDd003"),
+                              G("EGa041"), G("EGa041")}));
+}
+
+TEST_F(GroupTest, RemoveItemOnlyInGroupLeavesTheLibrary)
+{
+    // Loading checks nothing, so a stream can file an ID twice.
+    const auto bytes = Bytes().Str(u"R").Int(1).Str(u"A").Int(0).Int(2).Int(5).Int(6).Int(2).Int(5).Int(5).data;
+    VtMemoryStream stream;
+    stream.Open(bytes.data(), static_cast<long long>(bytes.size()));
+    VtSymbolGroup loaded(&lib);
+    loaded.Load(stream, 0);
+    ASSERT_FALSE(stream.IsFailed());
+    Unfiled(5);
+    TakeLog();
+
+    loaded.RemoveItemOnlyInGroup(5);
+    EXPECT_EQ(Items(&loaded), (std::vector<int>{5}));
+    EXPECT_EQ(Items(loaded.GetChildGroup(0)), (std::vector<int>{6}));
+    EXPECT_TRUE(lib.IsIDExisted(5));
+    loaded.RemoveItemOnlyInGroup(5);
+    EXPECT_TRUE(Items(&loaded).empty());
+    EXPECT_EQ(TakeLog(), (Log{G("EDd003")}));  // only A, on the second call
 }
 
 TEST_F(GroupTest, MoveItemToKeepsMembership)
@@ -607,7 +637,9 @@ TEST_F(GroupRecordTest, LibraryRoundTripThroughItsStream)
     EXPECT_EQ(copy.IdList(), lib.IdList());
     EXPECT_EQ(SavedBytes(*copy.GetRootGroup(), 0, 0), SavedBytes(*root, 0, 0));
     ExpectWellLinked(copy.GetRootGroup(), &copy);
-    EXPECT_EQ(copy.GetRootGroup()->FindChildGroup(u"East")->GetItemName(0), ZedaUnicodeString(u"d"));
+    VtSymbolGroup* east = copy.GetRootGroup()->FindChildGroup(u"East");
+    ASSERT_NE(east, nullptr);
+    EXPECT_EQ(east->GetItemName(0), ZedaUnicodeString(u"d"));
 }
 
 TEST_F(GroupRecordTest, NegativeCountsReadAsNone)
