@@ -187,7 +187,8 @@ VtSymbolGroup* VtSymbolGroup::CreateChildGroup(const ZedaUnicodeString& name)
     child->SetGroupName(name);
     child->SetParentGroup(this);
     childGroups.push_back(child);
-    attachedLib->SetModifiedFlag(true);
+    if (attachedLib != nullptr)  // a default-constructed tree has no library to mark
+        attachedLib->SetModifiedFlag(true);
     return child;
 }
 

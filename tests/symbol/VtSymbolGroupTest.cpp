@@ -406,6 +406,12 @@ TEST_F(GroupTest, CreateAndFindChildGroups)
     EXPECT_EQ(root->GetChildGroup(u"a")->GetGroupName(), ZedaUnicodeString(u"a"));
     EXPECT_EQ(root->GetChildGroup(u"C"), nullptr);  // direct children only
     EXPECT_EQ(TakeLog(), (Log{G("EGa043")}));
+
+    VtSymbolGroup loose;
+    VtSymbolGroup* looseChild = loose.CreateChildGroup(u"A");
+    ASSERT_NE(looseChild, nullptr);
+    EXPECT_EQ(looseChild->GetAttachedLib(), nullptr);
+    EXPECT_EQ(looseChild->GetParentGroup(), &loose);
 }
 
 TEST_F(GroupTest, AvailableNamesKeepTheirSuffixRule)
