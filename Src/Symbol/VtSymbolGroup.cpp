@@ -156,7 +156,8 @@ bool VtSymbolGroup::IsChildGroupExisted(const ZedaUnicodeString& name)
 }
 
 // The base is cut at its last "_" on every pass, so a name that holds "_"
-// itself loses more than a numeric suffix; existing files rely on these names.
+// itself loses more than a numeric suffix; kept so that generated names stay
+// what they have always been.
 ZedaUnicodeString VtSymbolGroup::GetAvailableName(const ZedaUnicodeString& name)
 {
     ZedaUnicodeString result(name);
