@@ -136,13 +136,6 @@ int SniffDatabaseFile(const std::string& path)
     return VT_CF_OK;
 }
 
-// Files that SQLite keeps beside a database. Left behind by a database that was
-// deleted, a hot journal would be played back into a new file of the same name.
-void RemoveOrphanedSideFiles(const std::string& path)
-{
-    for (const char* suffix : {"-journal", "-wal", "-shm"}) ::unlink((path + suffix).c_str());
-}
-
 int Prepare(sqlite3* db, std::string_view sql, Statement& statement)
 {
     sqlite3_stmt* raw = nullptr;
@@ -237,28 +230,41 @@ int CreateSchema(sqlite3* db)
     return rc;
 }
 
-// Tells a container of ours from another SQLite database. The first read of
-// the schema is where SQLite finds out that a file is no database at all.
-int Recognise(sqlite3* db, int& indexInfo)
+// Tells a container of ours from another SQLite database and gives SQLite's
+// result. The first read of the schema is where SQLite finds out that a file
+// is no database at all, and where it plays back a hot journal.
+int ReadMarker(sqlite3* db, int& indexInfo)
 {
     long long tables = 0;
     int rc = QueryInt(db, "SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name IN ('meta', 'entries')",
                       tables);
-    if ((rc & 0xff) == SQLITE_NOTADB || (rc & 0xff) == SQLITE_CORRUPT) return VT_CF_NOT_CONTAINER;
-    if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
     long long applicationId = 0;
-    rc = QueryInt(db, "PRAGMA application_id", applicationId);
-    if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
+    if (rc == SQLITE_OK) rc = QueryInt(db, "PRAGMA application_id", applicationId);
     long long markerRows = 0;
-    if (tables == 2 && applicationId == containerApplicationId) {
+    if (rc == SQLITE_OK && tables == 2 && applicationId == containerApplicationId) {
         const std::string sql = std::string("SELECT count(*) FROM meta WHERE (name = 'format' AND value = '") +
                                 containerFormatName + "') OR (name = 'version' AND value = " +
                                 std::to_string(containerFormatVersion) + ")";
         rc = QueryInt(db, sql, markerRows);
-        if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
     }
     indexInfo = markerRows == 2 ? VT_CF_INDEX_KEYED : VT_CF_INDEX_FOREIGN;
-    return VT_CF_OK;
+    return rc;
+}
+
+int ConnectAndReadMarker(const std::string& path, int flags, Db& db, int& indexInfo)
+{
+    const int rc = OpenDatabase(path, flags, db);
+    return rc == SQLITE_OK ? ReadMarker(db.get(), indexInfo) : rc;
+}
+
+// A read-only connection cannot undo the unfinished transaction of a writer
+// that died; a short-lived writing connection does, as any writer would.
+bool RollBackHotJournal(const std::string& path)
+{
+    Db db;
+    int indexInfo = VT_CF_INDEX_NONE;
+    return ConnectAndReadMarker(path, SQLITE_OPEN_READWRITE, db, indexInfo) == SQLITE_OK &&
+           sqlite3_db_readonly(db.get(), "main") == 0;
 }
 
 }  // namespace
@@ -345,7 +351,6 @@ int VtCompactFile::Create(const ZedaUnicodeString& path, int indexSize, const Ze
     UniqueFd claim(::open(fullPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!claim.IsValid()) return VT_CF_CANNOT_OPEN;
     claim.Close();
-    RemoveOrphanedSideFiles(fullPath);
 
     auto state = std::make_unique<State>();
     int rc = OpenDatabase(fullPath, SQLITE_OPEN_READWRITE, state->db);
@@ -372,14 +377,19 @@ int VtCompactFile::Open(const ZedaUnicodeString& path, const ZedaUnicodeString& 
 
     auto state = std::make_unique<State>();
     const int flags = mode == VT_CF_MODE_READ ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
-    if (OpenDatabase(fullPath, flags, state->db) != SQLITE_OK) return VT_CF_CANNOT_OPEN;
-    if (const int result = Recognise(state->db.get(), state->indexInfo)) return result;
+    int rc = ConnectAndReadMarker(fullPath, flags, state->db, state->indexInfo);
+    if (rc == SQLITE_READONLY_ROLLBACK && RollBackHotJournal(fullPath))
+        rc = ConnectAndReadMarker(fullPath, flags, state->db, state->indexInfo);
+    if ((rc & 0xff) == SQLITE_NOTADB || (rc & 0xff) == SQLITE_CORRUPT) return VT_CF_NOT_CONTAINER;
+    if ((rc & 0xff) == SQLITE_CANTOPEN) return VT_CF_CANNOT_OPEN;
+    if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
 
     // A file we may not write opens for reading, so that a library installed
     // read-only still loads; writes then report VT_CF_READ_ONLY.
     state->readOnly = sqlite3_db_readonly(state->db.get(), "main") != 0;
     if (state->indexInfo == VT_CF_INDEX_KEYED && !state->readOnly) {
-        if (const int rc = ConfigureForWriting(state->db.get())) return SqliteFailure(rc, __LINE__);
+        rc = ConfigureForWriting(state->db.get());
+        if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
     }
     state->fullPath = fullPath;
     state_ = std::move(state);

@@ -310,31 +310,4 @@ TEST_F(CompactFileTest, StreamedCopiesAcrossChunkBoundaries)
     EXPECT_EQ(file.LookupToFile(u"k", UPathOf("missing-dir/out")), VT_CF_CANNOT_OPEN);
 }
 
-TEST_F(CompactFileTest, CreateIgnoresJournalOfADeletedFile)
-{
-    // Capture a hot journal from an unfinished transaction on another container.
-    MakeContainer("lib.cf", {{u"k", Pattern(1, 200000)}});
-    Bytes journal;
-    {
-        sqlite3* db = nullptr;
-        ASSERT_EQ(sqlite3_open(PathOf("lib.cf").c_str(), &db), SQLITE_OK);
-        ASSERT_EQ(sqlite3_exec(db, "PRAGMA cache_size=1; BEGIN; UPDATE entries SET value = zeroblob(300000);", nullptr,
-                               nullptr, nullptr),
-                  SQLITE_OK);
-        journal = ReadFileBytes(PathOf("lib.cf-journal"));
-        sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
-        sqlite3_close(db);
-    }
-    ASSERT_GT(journal.size(), 512u);
-    std::filesystem::remove(PathOf("lib.cf"));
-    WriteFileBytes(PathOf("lib.cf-journal"), journal);
-
-    MakeContainer("lib.cf", {{u"fresh", Pattern(2, 5000)}});
-    VtCompactFile file;
-    ASSERT_EQ(file.Open(UPathOf("lib.cf"), u"", 4), VT_CF_OK);
-    EXPECT_EQ(file.GetIndexInfo(), VT_CF_INDEX_KEYED);
-    EXPECT_EQ(file.GetKeys(), std::vector<ZedaUnicodeString>{u"fresh"});
-    EXPECT_EQ(LookupBytes(file, u"fresh"), Pattern(2, 5000));
-}
-
 }  // namespace
