@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <source_location>
+#include <string>
 
+#include "LqCompactFile.h"
+#include "LqStream.h"
 #include "LqToolkit.h"
 #include "VtSymbol.h"
 #include "VtSymbolGroup.h"
@@ -39,6 +43,8 @@ VtSymbolLib::~VtSymbolLib()
     RemoveAll();
     delete rootGroup;
     rootGroup = nullptr;
+    DeleteCacheFile(GetCachePath());
+    ReleaseOwnedStorage();
 }
 
 int VtSymbolLib::GetCompatibleVersion(int formatVersion) const
@@ -372,17 +378,376 @@ void VtSymbolLib::SetNameAt(int index, const ZedaUnicodeString& name)
 }
 
 // ---------------------------------------------------------------------------
+// Library files
+
+namespace {
+
+const char16_t* const kStoreEntryKey = u"SymbolStoreInCF";
+constexpr int kContainerIndexSize = 32;
+constexpr long long kMemoryStreamSize = 1024;
+
+}  // namespace
+
+void VtSymbolLib::ReleaseOwnedStorage()
+{
+    if (storage != nullptr && storageIsExternal == 0) {
+        storage->Close();
+        delete storage;
+    }
+    storage = nullptr;
+}
+
+unsigned char VtSymbolLib::SaveToFile(const ZedaUnicodeString& path, unsigned int fileVersion)
+{
+    if (fileVersion == 0 || fileVersion == containerVersion)
+        return SaveToContainer(path);
+    return SaveToStreamFile(path, fileVersion);
+}
+
+unsigned char VtSymbolLib::SaveToStreamFile(const ZedaUnicodeString& path, unsigned int fileVersion)
+{
+    VtFileStream file;
+    if (!file.Open(path, VT_STREAM_WRITE))
+        return 0;
+    const ZedaUnicodeString oldCache = GetCachePath();
+    // Taken only once the file is open: the name comes with a scratch file
+    // that only a cache path in use gets deleted with.
+    const ZedaUnicodeString newCache = GetAvailableCachePath();
+    if (storage != nullptr)
+        CopySymbolRes(newCache);
+    else
+        CopySymbolRes(oldCache, newCache);
+    libPath = path;
+    SetCachePath(newCache);
+    const unsigned char saved = SaveToStream(file, fileVersion, 1);
+    file.Close();
+    DeleteCacheFile(oldCache);
+    return saved;
+}
+
+unsigned char VtSymbolLib::SaveToContainer(const ZedaUnicodeString& path)
+{
+    const bool rewriteInPlace =
+        version == containerVersion && storage != nullptr && storage->GetFullPath().CompareNoCase(path) == 0;
+    if (!rewriteInPlace && !AdoptNewContainer(path))
+        return 0;
+
+    VtMemoryStream image;
+    image.Open(VT_STREAM_WRITE, kMemoryStreamSize);
+    if (SaveToStream(image, containerVersion, 1) == 0)
+        return 0;
+    storage->SetAt(kStoreEntryKey, VtByteArray(image.GetData(), image.GetLength()), 0, 0, 0);
+    storage->Flush();
+    return 1;
+}
+
+bool VtSymbolLib::AdoptNewContainer(const ZedaUnicodeString& path)
+{
+    const ZedaUnicodeString oldCache = GetCachePath();
+    if (VtFile::IsExist(path))
+        VtFile::Delete(path);
+    auto container = std::make_unique<VtCompactFile>();
+    // A file that could not be deleted is reused when it is a container.
+    if (VtFile::IsExist(path) && container->Open(path, g_stStringBlank, VT_CF_MODE_READWRITE) == VT_CF_OK) {
+        container->Remove(kStoreEntryKey);
+        container->Compact();
+    } else if (container->Create(path, kContainerIndexSize, g_stStringBlank, VT_CF_MODE_READWRITE) != VT_CF_OK) {
+        return false;
+    }
+    if (storage != nullptr)
+        CopySymbolRes(container.get());
+    else
+        CopySymbolRes(oldCache, container.get());
+    ReleaseOwnedStorage();
+    storage = container.release();
+    storageIsExternal = 0;
+    return true;
+}
+
+unsigned char VtSymbolLib::LoadFromFile(const ZedaUnicodeString& path)
+{
+    auto container = std::make_unique<VtCompactFile>();
+    if (container->Open(path, g_stStringBlank, VT_CF_MODE_READWRITE) == VT_CF_OK &&
+        container->GetIndexInfo() != VT_CF_INDEX_FOREIGN) {
+        VtByteArray bytes;
+        long long size = 0;
+        if (container->Lookup(kStoreEntryKey, bytes, size, 0) != VT_CF_OK) {
+            container->Close();
+            return 0;
+        }
+        ReleaseOwnedStorage();
+        storage = container.release();
+        storageIsExternal = 0;
+
+        VtMemoryStream image;
+        image.Open(VT_STREAM_READWRITE, kMemoryStreamSize);
+        image.Save(bytes.GetData(), static_cast<unsigned long>(std::clamp(size, 0LL, bytes.GetSize())));
+        image.SetPosition(0, 0);
+        return LoadFromStream(image, 1);
+    }
+
+    container->Close();
+    container.reset();
+    SetExternalStorage(nullptr);
+    unsigned char loaded = 0;
+    VtFileStream file;
+    if (file.Open(path, VT_STREAM_READ)) {
+        libPath = path;
+        if (file.GetLength() != 0)
+            loaded = LoadFromStream(file, 1);
+        file.Close();
+    }
+    SetModifiedFlag(1);
+    return loaded;
+}
+
+unsigned char VtSymbolLib::LoadDefault()
+{
+    libPath = defaultPath;
+    return LoadFromFile(defaultPath);
+}
+
+unsigned char VtSymbolLib::AppendFromFile(const ZedaUnicodeString& path, unsigned char flag)
+{
+    unsigned char appended = 0;
+    VtFileStream file;
+    if (file.Open(path, VT_STREAM_READ)) {
+        if (file.GetLength() != 0)
+            appended = AppendFromStream(file, flag);
+        file.Close();
+    }
+    SetModifiedFlag(1);
+    return appended;
+}
+
+// ---------------------------------------------------------------------------
+// Resource cache
+
+namespace {
+
+constexpr long long kChunkSize = 2 * 1024 * 1024;
+// "Marker", the longest stamp word, in bytes.
+constexpr long long kLongestStampBytes = 12;
+
+ZedaUnicodeString StampWord(int libType)
+{
+    switch (libType) {
+    case 0: return u"Marker";
+    case 1: return u"Line";
+    default: return g_stStringBlank;
+    }
+}
+
+std::vector<unsigned char> LittleEndianUnits(const ZedaUnicodeString& text)
+{
+    std::vector<unsigned char> bytes;
+    for (const char16_t unit : text.Str()) {
+        bytes.push_back(static_cast<unsigned char>(unit & 0xFF));
+        bytes.push_back(static_cast<unsigned char>(unit >> 8));
+    }
+    return bytes;
+}
+
+// Reads `count` bytes as little-endian UTF-16 code units; an odd last byte is
+// dropped. Only a text as long as a stamp word can refuse a cache section, so
+// a longer stamp is not read into memory: it yields an empty text and its
+// bytes are left for the caller to skip.
+ZedaUnicodeString ReadStampText(VtStream& stream, long long count)
+{
+    if (count > kLongestStampBytes)
+        return g_stStringBlank;
+    std::vector<unsigned char> bytes(static_cast<std::size_t>(count), 0);
+    stream.Load(bytes.data(), static_cast<unsigned long>(count));
+    std::u16string units;
+    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2)
+        units.push_back(static_cast<char16_t>(bytes[i] | (bytes[i + 1] << 8)));
+    return ZedaUnicodeString(std::move(units));
+}
+
+// Moves `count` bytes in chunks of at most 2 MiB through one buffer that is
+// zero-filled before each chunk, so a short read still moves `count` bytes.
+void CopyInChunks(VtStream& from, VtStream& to, long long count)
+{
+    std::vector<unsigned char> buffer(static_cast<std::size_t>(std::min(count, kChunkSize)));
+    while (count > 0) {
+        const auto chunk = static_cast<unsigned long>(std::min(count, kChunkSize));
+        std::fill_n(buffer.begin(), chunk, 0);
+        from.Load(buffer.data(), chunk);
+        to.Save(buffer.data(), chunk);
+        count -= static_cast<long long>(chunk);
+    }
+}
+
+// A stored length cut to what the rest of the stream can hold.
+long long ReadableLength(const VtStream& stream, long long stored)
+{
+    return std::clamp(stored, 0LL, stream.GetRemaining());
+}
+
+}  // namespace
+
+ZedaUnicodeString VtSymbolLib::GetAvailableCachePath() const
+{
+    const ZedaUnicodeString directory = VtFile::GetTemporaryPath();
+    ZedaUnicodeString name;
+    VtFile::GetTemporaryFileName(directory, u"Cache", 0, name);
+    return VtFile::ChangeExt(name, u".sc");
+}
+
+unsigned char VtSymbolLib::DeleteCacheFile(const ZedaUnicodeString& path) const
+{
+    // Cache files outside the temporary directory belong to a library file.
+    if (path.IsEmpty() || path.Find(VtFile::GetTemporaryPath()) == -1)
+        return 1;
+    for (const char16_t* extension : {u"lock", u"sc", u"sc00", u"tmp"}) {
+        const ZedaUnicodeString file = VtFile::ChangeExt(path, extension);
+        if (VtFile::IsExist(file) && !VtFile::Delete(file))
+            return 0;
+    }
+    return 1;
+}
+
+void VtSymbolLib::SaveCacheToLib(VtStream& stream, unsigned int) const
+{
+    const ZedaUnicodeString base = VtFile::StripExt(cachePath);
+    const ZedaUnicodeString lockFile = base + u".lock";
+    ZedaUnicodeString firstCache = base + u".sc";
+    ZedaUnicodeString secondCache = base + u".sc00";
+    if (!VtFile::IsExist(lockFile) || !VtFile::IsExist(firstCache) || !VtFile::IsExist(secondCache))
+        return;
+    stream << ZedaUnicodeString(u"Cache");
+    SaveLockFileToStream(stream);
+    CopyCacheToStream(stream, firstCache);
+    CopyCacheToStream(stream, secondCache);
+}
+
+void VtSymbolLib::LoadCacheFromLib(VtStream& stream)
+{
+    DeleteCacheFile(GetCachePath());
+    SetCachePath(libPath);
+    if (GetLibType() == 1)
+        SetCachePath(cachePath);
+
+    const long long start = stream.GetPosition();
+    const long long end = stream.GetLength();
+    if (start != end && end - start <= 10) {
+        // Too short for a cache section: keep the cache next to the library
+        // file when there is one.
+        if (!VtFile::IsExist(VtFile::ChangeExt(cachePath, u"sc")))
+            SetCachePath(GetAvailableCachePath());
+        return;
+    }
+
+    ZedaUnicodeString marker;
+    try {
+        stream >> marker;
+    } catch (...) {
+        // A stream that throws holds no cache section; the marker test below rewinds.
+    }
+    if (marker != u"Cache") {
+        stream.SetPosition(start, 0);
+        return;
+    }
+
+    SetCachePath(GetAvailableCachePath());
+    ZedaUnicodeString lockPath = VtFile::ChangeExt(cachePath, u"lock");
+    if (LoadLockFileFromStream(stream, lockPath) == 0) {
+        stream.SetPosition(start, 0);
+        return;
+    }
+    ZedaUnicodeString firstCache = VtFile::ChangeExt(cachePath, u"sc");
+    CopyStreamToCache(stream, firstCache);
+    ZedaUnicodeString secondCache = VtFile::ChangeExt(cachePath, u"sc00");
+    CopyStreamToCache(stream, secondCache);
+}
+
+void VtSymbolLib::SaveLockFileToStream(VtStream& stream) const
+{
+    const ZedaUnicodeString stamp = StampWord(GetLibType());
+    // Only the first half of the stamp's bytes is written: the format has
+    // always been read that way.
+    const long long length = stamp.GetLength();
+    stream.WriteInt64(length);
+    stream.Save(LittleEndianUnits(stamp).data(), static_cast<unsigned long>(length));
+}
+
+unsigned char VtSymbolLib::LoadLockFileFromStream(VtStream& stream, ZedaUnicodeString& lockPath) const
+{
+    VtFileStream lockFile;
+    if (!lockFile.Open(lockPath, VT_STREAM_WRITE)) {
+        lockFile.Close();
+        return 1;
+    }
+    long long storedLength = 0;
+    stream.ReadInt64(storedLength);
+    const long long stampStart = stream.GetPosition();
+    const long long stampLength = ReadableLength(stream, storedLength);
+    const ZedaUnicodeString stamp = ReadStampText(stream, stampLength);
+    const int libType = GetLibType();
+    if ((stamp == u"Marker" && libType != 0) || (stamp == u"Line" && libType != 1)) {
+        lockFile.Close();
+        return 0;
+    }
+    lockFile << ZedaUnicodeString(u"lock");
+    stream.SetPosition(stampStart + stampLength, 0);
+    lockFile.Close();
+    return 1;
+}
+
+void VtSymbolLib::CopyCacheToStream(VtStream& stream, ZedaUnicodeString& path) const
+{
+    if (!VtFile::IsExist(path))
+        return;
+    VtFileStream file;
+    if (file.Open(path, VT_STREAM_READ)) {
+        const long long length = file.GetLength();
+        if (length > 0) {
+            stream.WriteInt64(length);
+            CopyInChunks(file, stream, length);
+        }
+    }
+    file.Close();
+}
+
+void VtSymbolLib::CopyStreamToCache(VtStream& stream, ZedaUnicodeString& path) const
+{
+    VtFileStream file;
+    if (!file.Open(path, VT_STREAM_WRITE)) {
+        file.Close();
+        return;
+    }
+    long long storedLength = 0;
+    stream.ReadInt64(storedLength);
+    const long long start = stream.GetPosition();
+    const long long length = ReadableLength(stream, storedLength);
+    CopyInChunks(stream, file, length);
+    stream.SetPosition(start + length, 0);
+    file.Close();
+}
+
+// ---------------------------------------------------------------------------
 // Storage and resources
 
 void VtSymbolLib::SetExternalStorage(VtCompactFile* externalStorage)
 {
+    ReleaseOwnedStorage();
     storage = externalStorage;
     if (externalStorage != nullptr)
         storageIsExternal = 1;
 }
 
-void VtSymbolLib::CopySymbolRes(const ZedaUnicodeString&, const ZedaUnicodeString&) const {}
+void VtSymbolLib::CopySymbolRes(const ZedaUnicodeString& from, const ZedaUnicodeString& to) const
+{
+    if (from.CompareNoCase(to) == 0)
+        return;
+    const ZedaUnicodeString source = VtFile::StripExt(from);
+    const ZedaUnicodeString target = VtFile::StripExt(to);
+    for (const char16_t* extension : {u".lock", u".sc", u".sc00"})
+        VtFile::Copy(source + extension, target + extension, 1);
+}
 
+// The base library keeps no resources in a container; concrete libraries
+// override these hooks to move theirs.
 void VtSymbolLib::CopySymbolRes(const ZedaUnicodeString&, VtCompactFile*) const {}
 
 void VtSymbolLib::CopySymbolRes(const ZedaUnicodeString&) const {}

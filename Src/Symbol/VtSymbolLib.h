@@ -108,6 +108,14 @@ protected:
     ZedaUnicodeString cachePath;
     VtCompactFile* storage;
     unsigned char storageIsExternal;
+
+private:
+    unsigned char SaveToStreamFile(const ZedaUnicodeString& path, unsigned int fileVersion);
+    unsigned char SaveToContainer(const ZedaUnicodeString& path);
+    // Replaces `storage` with a new container at `path`; false when it cannot be made.
+    bool AdoptNewContainer(const ZedaUnicodeString& path);
+    // Closes and deletes `storage` unless it is external; `storage` becomes null.
+    void ReleaseOwnedStorage();
 };
 
 }  // namespace VTC
