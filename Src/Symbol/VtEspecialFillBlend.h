@@ -4,12 +4,13 @@
 // VtEspecialFill: logging, surface questions and the pixel blend kernels.
 // Not installed; the tests and benchmarks of the build tree include it.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
 #if defined(__SSE2__)
-#include <emmintrin.h>
+#include <immintrin.h>
 #endif
 
 #include <vector>
@@ -92,21 +93,31 @@ inline unsigned char BlendByte(unsigned source, unsigned target, unsigned opacit
     return static_cast<unsigned char>(DivideBy100(source * opacity + target * transparency));
 }
 
-// target[i] = blend(source[i], target[i]) AND the byte of keepMask (a 4-byte
-// pattern in memory order) at i mod 4. `count` bytes from a pixel boundary.
-inline void BlendBytes(const unsigned char* source, unsigned char* target, std::size_t count, unsigned transparency,
-                       std::uint32_t keepMask)
+namespace Kernels {
+
+// Byte i from `from` on: the formula itself.
+inline void BlendBytesFrom(std::size_t from, const unsigned char* source, unsigned char* target, std::size_t count,
+                           unsigned transparency, std::uint32_t keepMask)
 {
-    const unsigned opacity = 100 - transparency;
     unsigned char maskBytes[4];
     std::memcpy(maskBytes, &keepMask, 4);
-    std::size_t i = 0;
+    const unsigned opacity = 100 - transparency;
+    for (std::size_t i = from; i < count; ++i)
+        target[i] = BlendByte(source[i], target[i], opacity, transparency) & maskBytes[i % 4];
+}
+
 #if defined(__SSE2__)
+// 16 bytes a step: widen to 16-bit lanes, s * o + d * t, divide by 100
+// with the multiply-high, narrow.
+inline std::size_t BlendBytesSse2(std::size_t from, const unsigned char* source, unsigned char* target,
+                                  std::size_t count, unsigned transparency, std::uint32_t keepMask)
+{
     const __m128i zero = _mm_setzero_si128();
-    const __m128i o = _mm_set1_epi16(static_cast<short>(opacity));
+    const __m128i o = _mm_set1_epi16(static_cast<short>(100 - transparency));
     const __m128i t = _mm_set1_epi16(static_cast<short>(transparency));
     const __m128i divisor = _mm_set1_epi16(static_cast<short>(kDivideBy100Multiplier));
     const __m128i mask = _mm_set1_epi32(static_cast<int>(keepMask));
+    std::size_t i = from;
     for (; i + 16 <= count; i += 16) {
         const __m128i s = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source + i));
         const __m128i d = _mm_loadu_si128(reinterpret_cast<const __m128i*>(target + i));
@@ -118,78 +129,86 @@ inline void BlendBytes(const unsigned char* source, unsigned char* target, std::
         hi = _mm_srli_epi16(_mm_mulhi_epu16(hi, divisor), kDivideBy100Shift - 16);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(target + i), _mm_and_si128(_mm_packus_epi16(lo, hi), mask));
     }
+    return i;
+}
+
+// 32 bytes a step: source and target bytes interleaved, so that one
+// multiply-add of (o, t) byte pairs gives s * o + d * t in each 16-bit lane.
+__attribute__((target("avx2"))) inline std::size_t BlendBytesAvx2(const unsigned char* source,
+                                                                   unsigned char* target, std::size_t count,
+                                                                   unsigned transparency, std::uint32_t keepMask)
+{
+    const __m256i weights = _mm256_set1_epi16(static_cast<short>((transparency << 8) | (100 - transparency)));
+    const __m256i divisor = _mm256_set1_epi16(static_cast<short>(kDivideBy100Multiplier));
+    const __m256i mask = _mm256_set1_epi32(static_cast<int>(keepMask));
+    std::size_t i = 0;
+    for (; i + 32 <= count; i += 32) {
+        const __m256i s = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(source + i));
+        const __m256i d = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(target + i));
+        __m256i lo = _mm256_maddubs_epi16(_mm256_unpacklo_epi8(s, d), weights);
+        __m256i hi = _mm256_maddubs_epi16(_mm256_unpackhi_epi8(s, d), weights);
+        lo = _mm256_srli_epi16(_mm256_mulhi_epu16(lo, divisor), kDivideBy100Shift - 16);
+        hi = _mm256_srli_epi16(_mm256_mulhi_epu16(hi, divisor), kDivideBy100Shift - 16);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(target + i),
+                            _mm256_and_si256(_mm256_packus_epi16(lo, hi), mask));
+    }
+    return i;
+}
+
+inline bool HasAvx2()
+{
+    static const bool avx2 = [] {
+        __builtin_cpu_init();
+        return __builtin_cpu_supports("avx2") != 0;
+    }();
+    return avx2;
+}
 #endif
-    for (; i < count; ++i)
-        target[i] = BlendByte(source[i], target[i], opacity, transparency) & maskBytes[i % 4];
+
+}  // namespace Kernels
+
+// target[i] = blend(source[i], target[i]) AND the byte of keepMask (a 4-byte
+// pattern in memory order) at i mod 4. `count` bytes from a pixel boundary.
+inline void BlendBytes(const unsigned char* source, unsigned char* target, std::size_t count, unsigned transparency,
+                       std::uint32_t keepMask)
+{
+    std::size_t done = 0;
+#if defined(__SSE2__)
+    if (Kernels::HasAvx2())
+        done = Kernels::BlendBytesAvx2(source, target, count, transparency, keepMask);
+    done = Kernels::BlendBytesSse2(done, source, target, count, transparency, keepMask);
+#endif
+    Kernels::BlendBytesFrom(done, source, target, count, transparency, keepMask);
 }
 
 // A colour blended over pixels: each byte becomes
 // truncate(old * t / 100.0 + c * o / 100.0) for the colour byte c of its place
-// in a pixel, that is (old * t + c * o) / 100, then ANDed with the keep mask.
-// Built for pixels of 3 or 4 bytes; 48 bytes hold a whole number of both.
+// in a pixel, which is the blend of c over old, then ANDed with the keep mask.
 class ConstantBlend {
 public:
-    static constexpr std::size_t kPatternBytes = 48;
+    // 96 bytes hold a whole number of 3- and 4-byte pixels and of vectors.
+    static constexpr std::size_t kPatternBytes = 96;
 
-    // pixel: the colour bytes of one pixel in memory order; keep: the mask bytes.
-    ConstantBlend(const unsigned char* pixel, const unsigned char* keep, std::size_t pixelBytes,
-                  unsigned transparency);
+    // pixel: the colour bytes of one pixel (3 or 4) in memory order.
+    ConstantBlend(const unsigned char* pixel, std::size_t pixelBytes, unsigned transparency, std::uint32_t keepMask)
+        : transparency_(transparency), keepMask_(keepMask)
+    {
+        for (std::size_t i = 0; i < kPatternBytes; ++i)
+            pattern_[i] = pixel[i % pixelBytes];
+    }
 
     // Blends `count` bytes starting at a pixel boundary.
     void Apply(unsigned char* target, std::size_t count) const
     {
-        std::size_t i = 0;
-#if defined(__SSE2__)
-        const __m128i zero = _mm_setzero_si128();
-        const __m128i t = _mm_set1_epi16(static_cast<short>(transparency_));
-        const __m128i divisor = _mm_set1_epi16(static_cast<short>(kDivideBy100Multiplier));
-        for (; i + kPatternBytes <= count; i += kPatternBytes) {
-            for (std::size_t v = 0; v < kPatternBytes / 16; ++v) {
-                unsigned char* at = target + i + v * 16;
-                const __m128i d = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
-                __m128i lo = _mm_add_epi16(_mm_mullo_epi16(_mm_unpacklo_epi8(d, zero), t), colourLo_[v]);
-                __m128i hi = _mm_add_epi16(_mm_mullo_epi16(_mm_unpackhi_epi8(d, zero), t), colourHi_[v]);
-                lo = _mm_srli_epi16(_mm_mulhi_epu16(lo, divisor), kDivideBy100Shift - 16);
-                hi = _mm_srli_epi16(_mm_mulhi_epu16(hi, divisor), kDivideBy100Shift - 16);
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(at), _mm_and_si128(_mm_packus_epi16(lo, hi), keep_[v]));
-            }
-        }
-#endif
-        for (; i < count; ++i) {
-            const std::size_t place = i % kPatternBytes;
-            target[i] = static_cast<unsigned char>(DivideBy100(target[i] * transparency_ + colourShare_[place])) &
-                        keepBytes_[place];
-        }
+        for (std::size_t i = 0; i < count; i += kPatternBytes)
+            BlendBytes(pattern_, target + i, std::min(kPatternBytes, count - i), transparency_, keepMask_);
     }
 
 private:
     unsigned transparency_;
-    std::uint16_t colourShare_[kPatternBytes];  // c * o for each byte place
-    unsigned char keepBytes_[kPatternBytes];
-#if defined(__SSE2__)
-    __m128i colourLo_[kPatternBytes / 16];
-    __m128i colourHi_[kPatternBytes / 16];
-    __m128i keep_[kPatternBytes / 16];
-#endif
+    std::uint32_t keepMask_;
+    unsigned char pattern_[kPatternBytes];
 };
-
-inline ConstantBlend::ConstantBlend(const unsigned char* pixel, const unsigned char* keep, std::size_t pixelBytes,
-                                    unsigned transparency)
-    : transparency_(transparency)
-{
-    const unsigned opacity = 100 - transparency;
-    for (std::size_t i = 0; i < kPatternBytes; ++i) {
-        colourShare_[i] = static_cast<std::uint16_t>(pixel[i % pixelBytes] * opacity);
-        keepBytes_[i] = keep[i % pixelBytes];
-    }
-#if defined(__SSE2__)
-    for (std::size_t v = 0; v < kPatternBytes / 16; ++v) {
-        colourLo_[v] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(colourShare_ + v * 16));
-        colourHi_[v] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(colourShare_ + v * 16 + 8));
-        keep_[v] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(keepBytes_ + v * 16));
-    }
-#endif
-}
 
 // The 16-bit layout of the blits: blue in bits 11-15, green in bits 5-10, red
 // in bits 0-4. Each field becomes (s * o) / 100 + (d * t) / 100.

@@ -452,16 +452,12 @@ void FillArea(unsigned char* pixels, const VtImageInfo& info, unsigned int colou
         const bool wide = info.bitsPerPixel == 32;
         const std::size_t pixelBytes = wide ? 4 : 3;
         unsigned char pixel[4] = {blue, green, red, 0};
-        unsigned char keep[4] = {0xFF, 0xFF, 0xFF, 0xFF};
-        if (wide && IsLittleEndianHost()) {
-            keep[3] = 0;
-        } else if (wide) {
+        if (wide && !IsLittleEndianHost()) {
             pixel[0] = 0, pixel[1] = red, pixel[2] = green, pixel[3] = blue;
-            keep[0] = 0;
-        } else if (redFirst) {
+        } else if (!wide && redFirst) {
             pixel[0] = red, pixel[2] = blue;
         }
-        const ConstantBlend blend(pixel, keep, pixelBytes, t);
+        const ConstantBlend blend(pixel, pixelBytes, t, wide ? ColourBytesMask32() : 0xFFFFFFFFu);
         // Every pixel that starts before rowBytes - 2, row padding included.
         const std::size_t perRow =
             stride > 2 ? std::min(stride, (stride - 2 + pixelBytes - 1) / pixelBytes * pixelBytes) : 0;

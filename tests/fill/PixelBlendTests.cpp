@@ -114,6 +114,33 @@ TEST(BlendArithmetic, IntegerFormsEqualTheDoubleFormulasExhaustively)
     }
 }
 
+namespace {
+
+using ByteKernel = void (*)(const unsigned char*, unsigned char*, std::size_t, unsigned, std::uint32_t);
+
+// Each code path on its own, then the dispatcher.
+std::vector<std::pair<const char*, ByteKernel>> ByteKernels()
+{
+    std::vector<std::pair<const char*, ByteKernel>> kernels;
+    kernels.emplace_back("portable", [](const unsigned char* s, unsigned char* d, std::size_t n, unsigned t,
+                                        std::uint32_t keep) { detail::Kernels::BlendBytesFrom(0, s, d, n, t, keep); });
+#if defined(__SSE2__)
+    kernels.emplace_back("sse2", [](const unsigned char* s, unsigned char* d, std::size_t n, unsigned t,
+                                    std::uint32_t keep) {
+        detail::Kernels::BlendBytesFrom(detail::Kernels::BlendBytesSse2(0, s, d, n, t, keep), s, d, n, t, keep);
+    });
+    if (detail::Kernels::HasAvx2())
+        kernels.emplace_back("avx2", [](const unsigned char* s, unsigned char* d, std::size_t n, unsigned t,
+                                        std::uint32_t keep) {
+            detail::Kernels::BlendBytesFrom(detail::Kernels::BlendBytesAvx2(s, d, n, t, keep), s, d, n, t, keep);
+        });
+#endif
+    kernels.emplace_back("dispatched", detail::BlendBytes);
+    return kernels;
+}
+
+}  // namespace
+
 TEST(BlendKernels, ByteBlendMatchesTheFormulaAndForcesTheFourthByte)
 {
     // Every (source, target) byte pair once, plus a tail that is not a whole vector.
@@ -129,34 +156,39 @@ TEST(BlendKernels, ByteBlendMatchesTheFormulaAndForcesTheFourthByte)
     EXPECT_EQ(keepBytes[1], 0xFF);
     EXPECT_EQ(keepBytes[2], 0xFF);
     EXPECT_EQ(keepBytes[0] ^ keepBytes[3], 0xFF);
-    for (int t = 0; t <= 100; ++t) {
-        std::vector<unsigned char> colour = original, all = original;
-        detail::BlendBytes(source.data(), colour.data(), kCount, static_cast<unsigned>(t), keep);
-        detail::BlendBytes(source.data(), all.data(), kCount, static_cast<unsigned>(t), 0xFFFFFFFFu);
-        for (std::size_t i = 0; i < kCount; ++i) {
-            const unsigned char expected = DoubleBlend(source[i], original[i], t);
-            ASSERT_EQ(all[i], expected) << t << ' ' << i;
-            ASSERT_EQ(colour[i], expected & keepBytes[i % 4]) << t << ' ' << i;
+    for (const auto& [name, kernel] : ByteKernels()) {
+        for (int t = 0; t <= 100; ++t) {
+            std::vector<unsigned char> colour = original, all = original;
+            kernel(source.data(), colour.data(), kCount, static_cast<unsigned>(t), keep);
+            kernel(source.data(), all.data(), kCount, static_cast<unsigned>(t), 0xFFFFFFFFu);
+            for (std::size_t i = 0; i < kCount; ++i) {
+                const unsigned char expected = DoubleBlend(source[i], original[i], t);
+                ASSERT_EQ(all[i], expected) << name << ' ' << t << ' ' << i;
+                ASSERT_EQ(colour[i], expected & keepBytes[i % 4]) << name << ' ' << t << ' ' << i;
+            }
         }
     }
 }
 
 TEST(BlendKernels, ConstantBlendMatchesTheFormulaForThreeAndFourBytePixels)
 {
-    const unsigned char keep3[3] = {0xFF, 0xFF, 0xFF};
-    const unsigned char keep4[4] = {0xFF, 0xFF, 0xFF, 0x00};
+    const std::uint32_t keep4 = detail::ColourBytesMask32();
+    unsigned char keepBytes4[4];
+    std::memcpy(keepBytes4, &keep4, 4);
+    const unsigned char keepBytes3[3] = {0xFF, 0xFF, 0xFF};
     for (std::size_t pixelBytes : {std::size_t{3}, std::size_t{4}}) {
-        const unsigned char* keep = pixelBytes == 3 ? keep3 : keep4;
+        const unsigned char* keep = pixelBytes == 3 ? keepBytes3 : keepBytes4;
         // 256 pixels whose bytes all hold the pixel's index, and a ragged tail.
         const std::size_t count = 256 * pixelBytes + 5 * pixelBytes;
-        for (int t = 0; t <= 100; t += 1) {
+        for (int t = 0; t <= 100; ++t) {
             for (unsigned c = 0; c < 256; c += 3) {
                 const unsigned char colour[4] = {static_cast<unsigned char>(c), static_cast<unsigned char>(255 - c),
                                                  static_cast<unsigned char>(c ^ 0x5A), static_cast<unsigned char>(c / 2)};
                 std::vector<unsigned char> pixels(count);
                 for (std::size_t i = 0; i < count; ++i)
                     pixels[i] = static_cast<unsigned char>(i / pixelBytes);
-                const detail::ConstantBlend blend(colour, keep, pixelBytes, static_cast<unsigned>(t));
+                const detail::ConstantBlend blend(colour, pixelBytes, static_cast<unsigned>(t),
+                                                  pixelBytes == 4 ? keep4 : 0xFFFFFFFFu);
                 blend.Apply(pixels.data(), count);
                 for (std::size_t i = 0; i < count; ++i) {
                     const std::size_t place = i % pixelBytes;
