@@ -1,1 +1,29 @@
 #include "VtBrush.h"
+
+#include "VtGraphicsInternal.h"
+
+namespace VTC {
+
+VtBrush::~VtBrush() { gfx::CountDestroyed(); }
+
+bool VtBrush::CreateBrush(int style, unsigned int colour, int /*reserved1*/, int /*reserved2*/,
+                          const ZEDA::ZedaSize& /*size*/, int /*reserved3*/)
+{
+    if (created_ || (style != VT_BRUSH_SOLID && style != VT_BRUSH_NULL)) {
+        gfx::LogFailure("GBr001", "Platform/Graphics/VtBrush", __LINE__);
+        return false;
+    }
+    created_ = true;
+    style_ = style;
+    colour_ = colour;
+    return true;
+}
+
+void VtBrush::ReleaseBrush()
+{
+    created_ = false;
+    style_ = VT_BRUSH_SOLID;
+    colour_ = 0;
+}
+
+}  // namespace VTC

@@ -1,1 +1,445 @@
 #include "VtGraphics.h"
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <utility>
+
+#include "VtBrush.h"
+#include "VtGradientFill.h"
+#include "VtGraphicsInternal.h"
+#include "VtGraphicsManager.h"
+#include "VtGraphicsState.h"
+#include "VtPen.h"
+
+namespace VTC {
+
+namespace {
+
+constexpr const char* kSource = "Platform/Graphics/VtGraphics";
+
+int RoundToInt(double value)
+{
+    return static_cast<int>(std::clamp(std::round(value), double(INT_MIN), double(INT_MAX)));
+}
+
+const cairo_region_t* ClipOf(const VtGraphics::State& s)
+{
+    return s.clip ? VtGraphicsInternals::Region(*s.clip) : nullptr;
+}
+
+std::optional<gfx::StrokeStyle> StrokeOf(const VtGraphics::State& s)
+{
+    if (s.pen == nullptr) {
+        return gfx::StrokeStyle{ZEDARGB(0, 0, 0), 1.0};
+    }
+    if (!s.pen->IsCreated() || s.pen->GetStyle() == VT_PEN_NULL) {
+        return std::nullopt;
+    }
+    const double scale = s.mode != 0 ? s.scale : 1.0;
+    return gfx::StrokeStyle{s.pen->GetColour(), std::max(1.0, std::round(s.pen->GetWidth() * scale))};
+}
+
+std::optional<uint32_t> FillOf(const VtGraphics::State& s)
+{
+    if (s.brush == nullptr || !s.brush->IsCreated() || s.brush->GetStyle() == VT_BRUSH_NULL) {
+        return std::nullopt;
+    }
+    return s.brush->GetColour();
+}
+
+// Which pixels of the surface a native gradient covers: the clip's bounds or
+// the whole surface, grown by one pixel on every side as the fill module
+// grows the rectangle it places the gradient in.
+ZedaRect GradientBox(const VtGraphics::State& s)
+{
+    const ZedaSize size = s.device->Size();
+    ZedaRect box{0, 0, size.cx, size.cy};
+    if (s.clip && !box.Intersection(gfx::RegionExtents(ClipOf(s)))) {
+        return {};
+    }
+    box.Inflate(1);
+    return box;
+}
+
+}  // namespace
+
+std::unique_ptr<VtGraphics::State> MakeGraphicsState(int kind, gfx::PixelFormat format,
+                                                     std::unique_ptr<gfx::SurfaceDevice> device)
+{
+    auto state = std::make_unique<VtGraphics::State>();
+    state->kind = kind;
+    state->format = format;
+    state->device = std::move(device);
+    return state;
+}
+
+VtGraphics::VtGraphics(std::unique_ptr<State> state) : state_(std::move(state)) {}
+
+VtGraphics::~VtGraphics()
+{
+    if (state_->counted) {
+        gfx::CountDestroyed();
+    }
+}
+
+int VtGraphics::GetSurfaceKind() const { return state_->kind; }
+bool VtGraphics::IsPrinting() const { return state_->printing; }
+bool VtGraphics::IsRecording() const { return state_->recording; }
+
+void VtGraphics::SetPrinting(bool printing)
+{
+    if (state_->kind != VT_SURFACE_IMAGE) {
+        gfx::LogFailure("GGr001", kSource, __LINE__);
+        return;
+    }
+    state_->printing = printing;
+    state_->format.redFirst = state_->format.bpp == 24 && (printing || state_->recording);
+}
+
+int VtGraphics::GetBitsPerPixel() const { return state_->format.bpp; }
+bool VtGraphics::IsRedFirst() const { return state_->format.bpp == 24 && state_->format.redFirst; }
+ZedaSize VtGraphics::GetDeviceSize() const { return state_->device->Size(); }
+
+bool VtGraphics::CreateCompatibleGraphics(VtGraphics* reference)
+{
+    if (gfx::TakeFault(VT_FAULT_COMPATIBLE_GRAPHICS)) {
+        return false;
+    }
+    if (reference == nullptr || !state_->device->SelectsImages()) {
+        gfx::LogFailure("GGr002", kSource, __LINE__);
+        return false;
+    }
+    state_->format = reference->state_->format;
+    state_->printing = reference->state_->printing;
+    state_->recording = reference->state_->recording;
+    return true;
+}
+
+VtImage* VtGraphics::SelectImage(VtImage* image)
+{
+    if (!state_->device->SelectsImages()) {
+        gfx::LogFailure("GGr003", kSource, __LINE__);
+        return nullptr;
+    }
+    return state_->device->SelectImage(image);
+}
+
+VtPen* VtGraphics::SelectPen(VtPen* pen) { return std::exchange(state_->pen, pen); }
+VtBrush* VtGraphics::SelectBrush(VtBrush* brush) { return std::exchange(state_->brush, brush); }
+VtImage* VtGraphics::GetTargetImage() { return state_->device->TargetImage(); }
+
+void VtGraphics::DrawLine(const ZedaPoint& from, const ZedaPoint& to)
+{
+    gfx::ShapeOp op(gfx::ShapeOp::Kind::Line);
+    op.points = {from, to};
+    LogicalToDevicePoints(op.points.data(), 2);
+    op.stroke = StrokeOf(*state_);
+    state_->device->Draw(op, ClipOf(*state_));
+}
+
+void VtGraphics::DrawPolygon(const ZedaPoint* points, int count)
+{
+    if (points == nullptr || count < 2) {
+        gfx::LogFailure("GGr004", kSource, __LINE__);
+        return;
+    }
+    gfx::ShapeOp op(gfx::ShapeOp::Kind::Polygon);
+    op.points.assign(points, points + count);
+    LogicalToDevicePoints(op.points.data(), count);
+    op.fill = FillOf(*state_);
+    op.stroke = StrokeOf(*state_);
+    state_->device->Draw(op, ClipOf(*state_));
+}
+
+void VtGraphics::DrawRectangle(const ZedaRect& rect)
+{
+    gfx::ShapeOp op(gfx::ShapeOp::Kind::Rectangle);
+    op.bounds = rect;
+    LogicalToDeviceRect(op.bounds);
+    op.bounds.Normalize();
+    op.fill = FillOf(*state_);
+    op.stroke = StrokeOf(*state_);
+    state_->device->Draw(op, ClipOf(*state_));
+}
+
+void VtGraphics::DrawEllipse(const ZedaRect& bounds)
+{
+    gfx::ShapeOp op(gfx::ShapeOp::Kind::Ellipse);
+    op.bounds = bounds;
+    LogicalToDeviceRect(op.bounds);
+    op.bounds.Normalize();
+    op.fill = FillOf(*state_);
+    op.stroke = StrokeOf(*state_);
+    state_->device->Draw(op, ClipOf(*state_));
+}
+
+void VtGraphics::DrawArc(const ZedaRect& bounds, const ZedaPoint& start, const ZedaPoint& end)
+{
+    gfx::ShapeOp op(gfx::ShapeOp::Kind::Arc);
+    op.bounds = bounds;
+    op.arcStart = start;
+    op.arcEnd = end;
+    LogicalToDeviceRect(op.bounds);
+    op.bounds.Normalize();
+    LogicalToDevicePoints(&op.arcStart, 1);
+    LogicalToDevicePoints(&op.arcEnd, 1);
+    op.stroke = StrokeOf(*state_);
+    state_->device->Draw(op, ClipOf(*state_));
+}
+
+bool VtGraphics::BitBlt(int x, int y, int width, int height, VtGraphics* source, int srcX, int srcY,
+                        unsigned int rop)
+{
+    if (source == nullptr || !gfx::IsKnownRop(rop)) {
+        gfx::LogFailure("GGr005", kSource, __LINE__);
+        return false;
+    }
+    const VtImage* pixels = source->state_->device->ReadBack();
+    const ZedaSize size = GetDeviceSize();
+    if (pixels == nullptr || size.cx <= 0 || size.cy <= 0) {
+        gfx::LogFailure("GGr006", kSource, __LINE__);
+        return false;
+    }
+    ZedaRect dest{x, y, x + width, y + height};
+    LogicalToDeviceRect(dest);
+    dest.Normalize();
+    ZedaPoint from{srcX, srcY};
+    source->LogicalToDevicePoints(&from, 1);
+    // Source pixel = target pixel + shift; keep what lies on both surfaces.
+    const int shiftX = from.x - dest.left;
+    const int shiftY = from.y - dest.top;
+    const gfx::RasterView view = VtGraphicsInternals::View(*pixels);
+    ZedaRect sourceBounds = view.Bounds();
+    sourceBounds.Offset(-shiftX, -shiftY);
+    ZedaRect area = dest;
+    if (!area.Intersection({0, 0, size.cx, size.cy}) || !area.Intersection(sourceBounds)) {
+        return true;
+    }
+    ZedaRect sourceArea = area;
+    sourceArea.Offset(shiftX, shiftY);
+    const gfx::PixelBlock block(view, sourceArea, source->state_->background);
+    return state_->device->Blit(area, block, rop, ClipOf(*state_));
+}
+
+namespace {
+
+// Nearest-neighbour sampling along one axis: the run of target positions in
+// [visibleFrom, visibleTo) whose samples fall inside [validFrom, validTo).
+struct AxisSamples {
+    int first = 0;
+    std::vector<int> sources;
+};
+
+AxisSamples SampleAxis(int destStart, int destLength, int srcStart, int srcLength, int visibleFrom, int visibleTo,
+                       int validFrom, int validTo)
+{
+    AxisSamples samples;
+    for (int d = std::max(destStart, visibleFrom); d < std::min(destStart + destLength, visibleTo); ++d) {
+        const double offset = (d - destStart + 0.5) * srcLength / destLength;
+        const int s = srcStart + static_cast<int>(std::floor(offset));
+        if (s < validFrom || s >= validTo) {
+            continue;
+        }
+        if (samples.sources.empty()) {
+            samples.first = d;
+        }
+        samples.sources.push_back(s);
+    }
+    return samples;
+}
+
+}  // namespace
+
+bool VtGraphics::DrawImageData(int x, int y, int width, int height, int srcX, int srcY, int srcWidth,
+                               int srcHeight, const VtImageInfo& info)
+{
+    const int bpp = info.bitsPerPixel;
+    if (info.bits == nullptr || info.width <= 0 || info.height <= 0 || !gfx::IsSupportedDepth(bpp) ||
+        info.rowBytes < (static_cast<long long>(info.width) * bpp + 7) / 8) {
+        gfx::LogFailure("GGr007", kSource, __LINE__);
+        return false;
+    }
+    ZedaRect dest{x, y, x + width, y + height};
+    LogicalToDeviceRect(dest);
+    dest.Normalize();
+    ZedaRect src{srcX, srcY, srcX + srcWidth, srcY + srcHeight};
+    src.Normalize();
+    const ZedaSize size = GetDeviceSize();
+    if (dest.IsEmpty() || src.IsEmpty()) {
+        return true;
+    }
+    const gfx::RasterView source{info.bits, info.width, info.height, info.rowBytes,
+                                 gfx::PixelFormat{bpp, bpp == 24 && info.reserved1 == 1}, &info.palette};
+    const AxisSamples columns = SampleAxis(dest.left, dest.Width(), src.left, src.Width(), 0, size.cx, 0, info.width);
+    const AxisSamples rows = SampleAxis(dest.top, dest.Height(), src.top, src.Height(), 0, size.cy, 0, info.height);
+    if (columns.sources.empty() || rows.sources.empty()) {
+        return true;
+    }
+    const auto sampledWidth = static_cast<int>(columns.sources.size());
+    const auto sampledHeight = static_cast<int>(rows.sources.size());
+    const auto block = gfx::PixelBlock::Sampled(source, columns.sources, rows.sources, state_->background);
+    const ZedaRect area{columns.first, rows.first, columns.first + sampledWidth, rows.first + sampledHeight};
+    return state_->device->Blit(area, block, VT_ROP_COPY, ClipOf(*state_));
+}
+
+unsigned int VtGraphics::SetBackgroundColour(unsigned int colour) { return std::exchange(state_->background, colour); }
+unsigned int VtGraphics::GetBackgroundColour() const { return state_->background; }
+
+int VtGraphics::SetCoordinateMode(int mode) { return std::exchange(state_->mode, mode); }
+int VtGraphics::GetCoordinateMode() const { return state_->mode; }
+ZedaPoint VtGraphics::GetOrigin() const { return state_->origin; }
+ZedaPoint VtGraphics::SetOrigin(const ZedaPoint& origin) { return std::exchange(state_->origin, origin); }
+
+void VtGraphics::SetScale(double scale)
+{
+    if (!std::isfinite(scale) || scale <= 0.0) {
+        gfx::LogFailure("GGr008", kSource, __LINE__);
+        return;
+    }
+    state_->scale = scale;
+}
+
+double VtGraphics::GetScale() const { return state_->scale; }
+
+void VtGraphics::LogicalToDeviceRect(ZedaRect& rect) const
+{
+    ZedaPoint corners[2] = {rect.TopLeft(), rect.BottomRight()};
+    LogicalToDevicePoints(corners, 2);
+    rect = {corners[0].x, corners[0].y, corners[1].x, corners[1].y};
+}
+
+void VtGraphics::DeviceToLogicalRect(ZedaRect& rect) const
+{
+    ZedaPoint corners[2] = {rect.TopLeft(), rect.BottomRight()};
+    DeviceToLogicalPoints(corners, 2);
+    rect = {corners[0].x, corners[0].y, corners[1].x, corners[1].y};
+}
+
+void VtGraphics::LogicalToDeviceSize(ZedaSize& size) const
+{
+    if (state_->mode != 0) {
+        size = {RoundToInt(size.cx * state_->scale), RoundToInt(size.cy * state_->scale)};
+    }
+}
+
+void VtGraphics::DeviceToLogicalSize(ZedaSize& size) const
+{
+    if (state_->mode != 0) {
+        size = {RoundToInt(size.cx / state_->scale), RoundToInt(size.cy / state_->scale)};
+    }
+}
+
+void VtGraphics::LogicalToDevicePoints(ZedaPoint* points, int count) const
+{
+    if (points == nullptr || state_->mode == 0) {
+        return;
+    }
+    const State& s = *state_;
+    for (int i = 0; i < count; ++i) {
+        points[i] = {RoundToInt(points[i].x * s.scale + s.origin.x), RoundToInt(points[i].y * s.scale + s.origin.y)};
+    }
+}
+
+void VtGraphics::DeviceToLogicalPoints(ZedaPoint* points, int count) const
+{
+    if (points == nullptr || state_->mode == 0) {
+        return;
+    }
+    const State& s = *state_;
+    for (int i = 0; i < count; ++i) {
+        points[i] = {RoundToInt((points[i].x - s.origin.x) / s.scale),
+                     RoundToInt((points[i].y - s.origin.y) / s.scale)};
+    }
+}
+
+VtRgn* VtGraphics::SelectClipRegion(VtRgn* region, int mode)
+{
+    if ((mode != VT_CLIP_INTERSECT && mode != VT_CLIP_REPLACE) || (mode == VT_CLIP_INTERSECT && region == nullptr)) {
+        gfx::LogFailure("GGr009", kSource, __LINE__);
+        return nullptr;
+    }
+    std::unique_ptr<VtRgn> next;
+    if (region != nullptr) {
+        next = VtGraphicsInternals::MakeRgn(false);
+        next->CopyFrom(*region);
+        if (mode == VT_CLIP_INTERSECT && state_->clip) {
+            next->CombineRegion(next.get(), state_->clip.get(), 1);
+        }
+    }
+    VtRgn* previous = state_->clip.get();
+    if (state_->clip) {
+        state_->retiredClips.push_back(std::move(state_->clip));
+    }
+    state_->clip = std::move(next);
+    return previous;
+}
+
+VtRgn* VtGraphics::GetClipRegion() const { return state_->clip.get(); }
+
+bool VtGraphics::DrawLinearGradient(unsigned int colour1, unsigned int colour2, int offsetX, int offsetY,
+                                    double angle)
+{
+    VtImage* target = state_->kind == VT_SURFACE_NATIVE_GRADIENT ? GetTargetImage() : nullptr;
+    const ZedaRect box = GradientBox(*state_);
+    if (target == nullptr || box.IsEmpty()) {
+        gfx::LogFailure("GGr015", kSource, __LINE__);
+        return false;
+    }
+    gfx::PaintLinearGradient(VtGraphicsInternals::View(*target), box, {colour1, colour2, offsetX, offsetY, angle},
+                             ClipOf(*state_));
+    return true;
+}
+
+bool VtGraphics::DrawRadialGradient(unsigned int colour1, unsigned int colour2, int offsetX, int offsetY,
+                                    double angle)
+{
+    VtImage* target = state_->kind == VT_SURFACE_NATIVE_GRADIENT ? GetTargetImage() : nullptr;
+    const ZedaRect box = GradientBox(*state_);
+    if (target == nullptr || box.IsEmpty()) {
+        gfx::LogFailure("GGr015", kSource, __LINE__);
+        return false;
+    }
+    gfx::PaintRadialGradient(VtGraphicsInternals::View(*target), box, {colour1, colour2, offsetX, offsetY, angle},
+                             ClipOf(*state_));
+    return true;
+}
+
+VtImage* VtGraphics::CreateSquareGradientImage(unsigned int colour1, unsigned int colour2, int offsetX,
+                                               int offsetY, double angle)
+{
+    const ZedaRect box = GradientBox(*state_);
+    if (state_->kind != VT_SURFACE_NATIVE_GRADIENT || box.IsEmpty()) {
+        gfx::LogFailure("GGr015", kSource, __LINE__);
+        return nullptr;
+    }
+    std::unique_ptr<VtImage> image(VtGraphicsManager::NewImage(0));
+    if (!image || !image->CreateCompatibleImage(this, box.Width(), box.Height())) {
+        return nullptr;
+    }
+    gfx::PaintSquareGradient(VtGraphicsInternals::View(*image), box, {colour1, colour2, offsetX, offsetY, angle});
+    return image.release();
+}
+
+bool VtGraphics::SavePng(const std::string& path)
+{
+    const VtImage* pixels = state_->device->ReadBack();
+    if (pixels == nullptr) {
+        gfx::LogFailure("GGr006", kSource, __LINE__);
+        return false;
+    }
+    return pixels->SavePng(path);
+}
+
+bool VtGraphics::SavePdf(const std::string& path) { return state_->device->SavePdf(path); }
+
+bool VtGraphics::Replay(VtGraphics* target) const
+{
+    if (target == nullptr || target == this) {
+        gfx::LogFailure("GGr014", kSource, __LINE__);
+        return false;
+    }
+    return state_->device->Replay(*target->state_->device, ClipOf(*target->state_));
+}
+
+}  // namespace VTC

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "LqBase.h"
+#include "VtGraphics.h"
 #include "VtGraphicsTypes.h"
 
 namespace VTC {
@@ -43,6 +45,10 @@ public:
     static void ClearFaults();
     // Graphics, images, pens, brushes and regions made here and not yet destroyed.
     static int GetLiveObjectCount();
+
+private:
+    // Takes ownership of a new graphics' state and counts the graphics.
+    static VtGraphics* Adopt(std::unique_ptr<VtGraphics::State> state);
 };
 
 }  // namespace VTC

@@ -26,7 +26,8 @@ private:
 };
 
 // What an image tells of itself. Callers set planes 1, bitsPerPixel 0, colour
-// white and bits null before the query.
+// white and bits null before the query. reserved1 is 1 for 24-bit pixels
+// stored red first (GetImageInfo sets it; DrawImageData honours it).
 struct LQ_EXPORT VtImageInfo {
     int width = 0;
     int height = 0;
@@ -84,6 +85,7 @@ private:
     struct State;
     std::unique_ptr<State> state_;
     friend class VtGraphics;
+    friend struct VtGraphicsInternals;
 };
 
 }  // namespace VTC

@@ -33,6 +33,7 @@ protected:
 private:
     struct State;
     std::unique_ptr<State> state_;
+    friend struct VtGraphicsInternals;
 };
 
 }  // namespace VTC

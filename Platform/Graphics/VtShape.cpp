@@ -1,0 +1,236 @@
+#include "VtShape.h"
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <numbers>
+
+#include "VtGraphicsInternal.h"
+#include "VtMask.h"
+
+namespace VTC::gfx {
+
+namespace {
+
+enum class Pass { Interior, Outline };
+
+// How far a butt-capped line is pulled back along its direction, so that its
+// first pixel is drawn and its last is not.
+constexpr double kLineEndPull = 1.0 / 32.0;
+
+void SetColour(cairo_t* cr, uint32_t colour)
+{
+    cairo_set_source_rgb(cr, ZEDAREDVAL(colour) / 255.0, ZEDAGREENVAL(colour) / 255.0, ZEDABLUEVAL(colour) / 255.0);
+}
+
+void TraceRect(cairo_t* cr, double left, double top, double right, double bottom)
+{
+    cairo_rectangle(cr, left, top, right - left, bottom - top);
+}
+
+// Angle of a point seen from the centre of an ellipse scaled to a unit circle,
+// in cairo's sense (clockwise on screen).
+double EllipseAngle(const ZedaRect& b, const ZedaPoint& p)
+{
+    const double cx = (b.left + b.right) / 2.0;
+    const double cy = (b.top + b.bottom) / 2.0;
+    const double rx = std::max(b.Width() / 2.0, 1e-9);
+    const double ry = std::max(b.Height() / 2.0, 1e-9);
+    return std::atan2((p.y - cy) / ry, (p.x - cx) / rx);
+}
+
+void TraceEllipse(cairo_t* cr, const ShapeOp& op, double inset, bool whole)
+{
+    const ZedaRect& b = op.bounds;
+    const double rx = b.Width() / 2.0 - inset;
+    const double ry = b.Height() / 2.0 - inset;
+    cairo_save(cr);
+    cairo_translate(cr, (b.left + b.right) / 2.0, (b.top + b.bottom) / 2.0);
+    cairo_scale(cr, rx, ry);
+    if (whole) {
+        cairo_new_sub_path(cr);
+        cairo_arc(cr, 0, 0, 1, 0, 2 * std::numbers::pi);
+        cairo_close_path(cr);
+    } else {
+        // Counter-clockwise on screen is the negative direction in cairo.
+        cairo_new_sub_path(cr);
+        cairo_arc_negative(cr, 0, 0, 1, EllipseAngle(b, op.arcStart), EllipseAngle(b, op.arcEnd));
+    }
+    cairo_restore(cr);
+}
+
+void TraceLine(cairo_t* cr, const ShapeOp& op)
+{
+    const ZedaPoint& from = op.points[0];
+    const ZedaPoint& to = op.points[1];
+    const double dx = to.x - from.x;
+    const double dy = to.y - from.y;
+    const double length = std::hypot(dx, dy);
+    const double pullX = dx / length * kLineEndPull;
+    const double pullY = dy / length * kLineEndPull;
+    cairo_move_to(cr, from.x + 0.5 - pullX, from.y + 0.5 - pullY);
+    cairo_line_to(cr, to.x + 0.5 - pullX, to.y + 0.5 - pullY);
+}
+
+void TracePolygon(cairo_t* cr, const ShapeOp& op, double shift)
+{
+    cairo_move_to(cr, op.points[0].x + shift, op.points[0].y + shift);
+    for (std::size_t i = 1; i < op.points.size(); ++i) {
+        cairo_line_to(cr, op.points[i].x + shift, op.points[i].y + shift);
+    }
+    cairo_close_path(cr);
+}
+
+bool HasArea(const ShapeOp& op)
+{
+    switch (op.kind) {
+    case ShapeOp::Kind::Polygon:
+        return op.points.size() >= 3;
+    case ShapeOp::Kind::Rectangle:
+    case ShapeOp::Kind::Ellipse:
+        return !op.bounds.IsEmpty();
+    default:
+        return false;
+    }
+}
+
+bool HasOutline(const ShapeOp& op)
+{
+    switch (op.kind) {
+    case ShapeOp::Kind::Line:
+        return op.points.size() == 2 && op.points[0] != op.points[1];
+    case ShapeOp::Kind::Polygon:
+        return op.points.size() >= 2;
+    default:
+        return !op.bounds.IsEmpty();
+    }
+}
+
+// Puts the path of one pass on `cr`, sets the stroke parameters, and says
+// whether the path is to be stroked (true) or filled (false).
+bool TracePass(cairo_t* cr, const ShapeOp& op, Pass pass)
+{
+    cairo_new_path(cr);
+    if (pass == Pass::Interior) {
+        cairo_set_fill_rule(cr, CAIRO_FILL_RULE_EVEN_ODD);
+        if (op.kind == ShapeOp::Kind::Polygon) {
+            TracePolygon(cr, op, 0.0);
+        } else if (op.kind == ShapeOp::Kind::Rectangle) {
+            TraceRect(cr, op.bounds.left, op.bounds.top, op.bounds.right, op.bounds.bottom);
+        } else {
+            TraceEllipse(cr, op, 0.0, true);
+        }
+        return false;
+    }
+    const double width = op.stroke->width;
+    cairo_set_line_width(cr, width);
+    cairo_set_line_cap(cr, CAIRO_LINE_CAP_BUTT);
+    cairo_set_line_join(cr, CAIRO_LINE_JOIN_MITER);
+    cairo_set_fill_rule(cr, CAIRO_FILL_RULE_WINDING);
+    const double half = width / 2.0;
+    // A pen too wide for the bounds covers the whole shape.
+    const bool solid = 2 * half >= std::min(op.bounds.Width(), op.bounds.Height());
+    switch (op.kind) {
+    case ShapeOp::Kind::Line:
+        TraceLine(cr, op);
+        return true;
+    case ShapeOp::Kind::Polygon:
+        TracePolygon(cr, op, 0.5);
+        return true;
+    case ShapeOp::Kind::Rectangle:
+        if (solid) {
+            TraceRect(cr, op.bounds.left, op.bounds.top, op.bounds.right, op.bounds.bottom);
+            return false;
+        }
+        TraceRect(cr, op.bounds.left + half, op.bounds.top + half, op.bounds.right - half, op.bounds.bottom - half);
+        return true;
+    default:
+        if (solid) {
+            TraceEllipse(cr, op, 0.0, true);
+            return false;
+        }
+        TraceEllipse(cr, op, half, op.kind == ShapeOp::Kind::Ellipse || op.arcStart == op.arcEnd);
+        return true;
+    }
+}
+
+std::vector<std::pair<Pass, uint32_t>> PassesOf(const ShapeOp& op)
+{
+    std::vector<std::pair<Pass, uint32_t>> passes;
+    if (op.fill && HasArea(op)) {
+        passes.emplace_back(Pass::Interior, *op.fill);
+    }
+    if (op.stroke && HasOutline(op)) {
+        passes.emplace_back(Pass::Outline, op.stroke->colour);
+    }
+    return passes;
+}
+
+}  // namespace
+
+ZedaRect ShapeBounds(const ShapeOp& op)
+{
+    ZedaRect bounds = op.bounds;
+    if (op.kind == ShapeOp::Kind::Line || op.kind == ShapeOp::Kind::Polygon) {
+        bounds = {INT_MAX, INT_MAX, INT_MIN, INT_MIN};
+        for (const ZedaPoint& p : op.points) {
+            bounds.left = std::min(bounds.left, p.x);
+            bounds.top = std::min(bounds.top, p.y);
+            bounds.right = std::max(bounds.right, p.x + 1);
+            bounds.bottom = std::max(bounds.bottom, p.y + 1);
+        }
+        if (op.stroke) {
+            // Miter joins reach out by at most the miter limit times the half width.
+            const int reach = static_cast<int>(std::ceil(op.stroke->width * 5.0)) + 1;
+            bounds.Inflate(reach);
+        }
+    }
+    return bounds;
+}
+
+void PaintShape(const RasterView& target, const ShapeOp& op, const cairo_region_t* clip)
+{
+    ZedaRect area = ShapeBounds(op);
+    if (!area.Intersection(target.Bounds()) || (clip != nullptr && !area.Intersection(RegionExtents(clip)))) {
+        return;
+    }
+    for (const auto& [pass, colour] : PassesOf(op)) {
+        MaskSurface mask(area);
+        if (!mask.IsValid()) {
+            return;
+        }
+        cairo_t* cr = mask.Context();
+        if (clip != nullptr) {
+            mask.Clip(clip);
+        }
+        cairo_translate(cr, -kEdgeBias, -kEdgeBias);
+        if (TracePass(cr, op, pass)) {
+            cairo_stroke(cr);
+        } else {
+            cairo_fill(cr);
+        }
+        const uint32_t raw = DrawingRaw(target, colour);
+        mask.ForEachRun([&](int y, int x0, int x1) { FillSpan(target, y, x0, x1, raw); });
+    }
+}
+
+void PaintShape(cairo_t* cr, const ShapeOp& op, const cairo_region_t* clip)
+{
+    for (const auto& [pass, colour] : PassesOf(op)) {
+        cairo_save(cr);
+        if (clip != nullptr) {
+            cairo_new_path(cr);
+            AppendRegionPath(cr, clip, RegionExtents(clip));
+            cairo_clip(cr);
+        }
+        SetColour(cr, colour);
+        if (TracePass(cr, op, pass)) {
+            cairo_stroke(cr);
+        } else {
+            cairo_fill(cr);
+        }
+        cairo_restore(cr);
+    }
+}
+
+}  // namespace VTC::gfx
