@@ -18,9 +18,10 @@ namespace {
 
 constexpr const char* kSource = "Platform/Graphics/VtGraphics";
 
+// Halves round up, so that a shape keeps its size wherever the origin puts it.
 int RoundToInt(double value)
 {
-    return static_cast<int>(std::clamp(std::round(value), double(INT_MIN), double(INT_MAX)));
+    return static_cast<int>(std::clamp(std::floor(value + 0.5), double(INT_MIN), double(INT_MAX)));
 }
 
 const cairo_region_t* ClipOf(const VtGraphics::State& s)
