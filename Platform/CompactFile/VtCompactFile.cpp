@@ -123,9 +123,10 @@ bool SyncParentDirectory(const std::string& path)
 
 // Looks at the file before SQLite does: SQLite takes a missing file as a new
 // database and an empty one as an empty database, and neither may be touched.
+// Opening without blocking keeps a FIFO from hanging us.
 int SniffDatabaseFile(const std::string& path)
 {
-    UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    UniqueFd fd(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat info {};
     if (!fd.IsValid() || ::fstat(fd.Get(), &info) != 0 || !S_ISREG(info.st_mode)) return VT_CF_CANNOT_OPEN;
     static constexpr char magic[] = "SQLite format 3";  // 16 bytes with its terminating 0
@@ -142,11 +143,6 @@ int Prepare(sqlite3* db, std::string_view sql, Statement& statement)
     const int rc = sqlite3_prepare_v2(db, sql.data(), static_cast<int>(sql.size()), &raw, nullptr);
     statement.reset(raw);
     return rc;
-}
-
-int BindText(sqlite3_stmt* statement, int index, const std::string& text)
-{
-    return sqlite3_bind_text64(statement, index, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
 }
 
 // Runs a query whose first row holds one integer.
@@ -294,16 +290,22 @@ struct VtCompactFile::State {
         return VT_CF_OK;
     }
 
+    // Prepares a statement whose first parameter is the key.
+    int PrepareForKey(std::string_view sql, const std::string& key, Statement& statement) const
+    {
+        const int rc = Prepare(db.get(), sql, statement);
+        return rc == SQLITE_OK ? sqlite3_bind_text64(statement.get(), 1, key.data(), key.size(), SQLITE_STATIC, SQLITE_UTF8)
+                               : rc;
+    }
+
     // Inserts or replaces one entry, its value set by `bindValue`.
     template <typename BindValue>
     int Store(const std::string& key, BindValue bindValue, int line) const
     {
         Statement statement;
-        int rc = Prepare(db.get(),
-                         "INSERT INTO entries(key, value) VALUES(?1, ?2) "
-                         "ON CONFLICT(key) DO UPDATE SET value = excluded.value",
-                         statement);
-        if (rc == SQLITE_OK) rc = BindText(statement.get(), 1, key);
+        int rc = PrepareForKey("INSERT INTO entries(key, value) VALUES(?1, ?2) "
+                               "ON CONFLICT(key) DO UPDATE SET value = excluded.value",
+                               key, statement);
         if (rc == SQLITE_OK) rc = bindValue(statement.get(), 2);
         if (rc == SQLITE_OK) rc = sqlite3_step(statement.get());
         return rc == SQLITE_DONE ? VT_CF_OK : SqliteFailure(rc, line);
@@ -313,8 +315,7 @@ struct VtCompactFile::State {
     int FindEntry(const std::string& key, sqlite3_int64& rowid, long long& length) const
     {
         Statement statement;
-        int rc = Prepare(db.get(), "SELECT rowid, length(value) FROM entries WHERE key = ?1", statement);
-        if (rc == SQLITE_OK) rc = BindText(statement.get(), 1, key);
+        int rc = PrepareForKey("SELECT rowid, length(value) FROM entries WHERE key = ?1", key, statement);
         if (rc == SQLITE_OK) rc = sqlite3_step(statement.get());
         if (rc == SQLITE_DONE) return VT_CF_KEY_NOT_FOUND;
         if (rc != SQLITE_ROW) return SqliteFailure(rc, __LINE__);
@@ -401,8 +402,7 @@ int VtCompactFile::Lookup(const ZedaUnicodeString& key, VtByteArray& bytes, long
     if (const int refused = State::Check(state_, State::Access::read, __LINE__)) return refused;
     Statement statement;
     const std::string utf8Key = key.ToUtf8();
-    int rc = Prepare(state_->db.get(), "SELECT value FROM entries WHERE key = ?1", statement);
-    if (rc == SQLITE_OK) rc = BindText(statement.get(), 1, utf8Key);
+    int rc = state_->PrepareForKey("SELECT value FROM entries WHERE key = ?1", utf8Key, statement);
     if (rc == SQLITE_OK) rc = sqlite3_step(statement.get());
     if (rc == SQLITE_DONE) return VT_CF_KEY_NOT_FOUND;
     if (rc != SQLITE_ROW) return SqliteFailure(rc, __LINE__);
@@ -436,8 +436,7 @@ int VtCompactFile::Remove(const ZedaUnicodeString& key)
     if (const int refused = State::Check(state_, State::Access::write, __LINE__)) return refused;
     Statement statement;
     const std::string utf8Key = key.ToUtf8();
-    int rc = Prepare(state_->db.get(), "DELETE FROM entries WHERE key = ?1", statement);
-    if (rc == SQLITE_OK) rc = BindText(statement.get(), 1, utf8Key);
+    int rc = state_->PrepareForKey("DELETE FROM entries WHERE key = ?1", utf8Key, statement);
     if (rc == SQLITE_OK) rc = sqlite3_step(statement.get());
     if (rc != SQLITE_DONE) return SqliteFailure(rc, __LINE__);
     return sqlite3_changes(state_->db.get()) == 0 ? VT_CF_KEY_NOT_FOUND : VT_CF_OK;
@@ -506,7 +505,7 @@ std::vector<ZedaUnicodeString> VtCompactFile::GetKeys() const
 int VtCompactFile::SetAtFromFile(const ZedaUnicodeString& key, const ZedaUnicodeString& filePath)
 {
     if (const int refused = State::Check(state_, State::Access::write, __LINE__)) return refused;
-    UniqueFd source(::open(filePath.ToUtf8().c_str(), O_RDONLY | O_CLOEXEC));
+    UniqueFd source(::open(filePath.ToUtf8().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));  // FIFOs refused below
     struct stat info {};
     if (!source.IsValid() || ::fstat(source.Get(), &info) != 0 || !S_ISREG(info.st_mode)) return VT_CF_CANNOT_OPEN;
     const long long length = info.st_size;
@@ -524,7 +523,7 @@ int VtCompactFile::SetAtFromFile(const ZedaUnicodeString& key, const ZedaUnicode
     if (stored != VT_CF_OK) return stored;
     sqlite3_int64 rowid = 0;
     long long reserved = 0;
-    if (state_->FindEntry(utf8Key, rowid, reserved) != VT_CF_OK) return SqliteFailure(SQLITE_ERROR, __LINE__);
+    if (const int found = state_->FindEntry(utf8Key, rowid, reserved)) return found;
 
     Blob blob;
     rc = state_->OpenBlob(rowid, true, blob);

@@ -173,6 +173,8 @@ TEST_F(CompactFileTest, BadArgumentsAreRefusedWithoutTouchingFiles)
     EXPECT_EQ(file.Open(UPathOf("missing.cf"), u"", 1), VT_CF_CANNOT_OPEN);
     EXPECT_FALSE(std::filesystem::exists(PathOf("missing.cf")));
     EXPECT_EQ(file.Open(ZedaUnicodeString::FromUtf8(dir_.string()), u"", 4), VT_CF_CANNOT_OPEN);
+    ASSERT_EQ(mkfifo(PathOf("fifo").c_str(), 0600), 0);
+    EXPECT_EQ(file.Open(UPathOf("fifo"), u"", 4), VT_CF_CANNOT_OPEN);
 
     MakeContainer("lib.cf", {{u"k", {1, 2, 3}}});
     const Bytes original = ReadFileBytes(PathOf("lib.cf"));
@@ -218,6 +220,7 @@ TEST_F(CompactFileTest, FilesThatAreNoDatabaseStayUntouched)
 TEST_F(CompactFileTest, ForeignDatabasesOpenAsIndexInfoThreeAndRefuseEntries)
 {
     RunSql("other.db", "CREATE TABLE t(x); INSERT INTO t VALUES(1);");
+    RunSql("wal.db", "PRAGMA journal_mode=WAL; CREATE TABLE t(x); INSERT INTO t VALUES(1);");
     RunSql("lookalike.db",
            "CREATE TABLE meta(name TEXT PRIMARY KEY NOT NULL, value NOT NULL);"
            "CREATE TABLE entries(key TEXT PRIMARY KEY NOT NULL, value BLOB NOT NULL);"
@@ -229,24 +232,30 @@ TEST_F(CompactFileTest, ForeignDatabasesOpenAsIndexInfoThreeAndRefuseEntries)
     MakeContainer("noid.cf", {{u"k", {1}}});
     RunSql("noid.cf", "PRAGMA application_id = 0;");
 
-    for (const std::string name : {"other.db", "lookalike.db", "newer.cf", "noid.cf"}) {
+    for (const std::string name : {"other.db", "wal.db", "lookalike.db", "newer.cf", "noid.cf"}) {
         const Bytes original = ReadFileBytes(PathOf(name));
-        VtCompactFile file;
-        ASSERT_EQ(file.Open(UPathOf(name), u"", 4), VT_CF_OK) << name;
-        EXPECT_EQ(file.GetIndexInfo(), VT_CF_INDEX_FOREIGN) << name;
-        VtByteArray bytes;
-        long long size = 0;
-        EXPECT_EQ(file.Lookup(u"k", bytes, size, 0), VT_CF_FOREIGN);
-        EXPECT_EQ(file.SetAt(u"k", ToArray({2}), 0, 0, 0), VT_CF_FOREIGN);
-        EXPECT_EQ(file.Remove(u"k"), VT_CF_FOREIGN);
-        EXPECT_EQ(file.Compact(), VT_CF_FOREIGN);
-        EXPECT_EQ(file.SetAtFromFile(u"k", UPathOf(name)), VT_CF_FOREIGN);
-        EXPECT_EQ(file.LookupToFile(u"k", UPathOf("out")), VT_CF_FOREIGN);
-        EXPECT_EQ(file.Flush(), VT_CF_OK);
-        EXPECT_TRUE(file.GetKeys().empty());
-        EXPECT_EQ(file.GetFullPath(), UPathOf(name));
-        EXPECT_EQ(file.Close(), VT_CF_OK);
-        EXPECT_EQ(ReadFileBytes(PathOf(name)), original) << name;
+        for (int mode : {1, 4}) {
+            VtCompactFile file;
+            ASSERT_EQ(file.Open(UPathOf(name), u"", mode), VT_CF_OK) << name;
+            EXPECT_EQ(file.GetIndexInfo(), VT_CF_INDEX_FOREIGN) << name;
+            VtByteArray bytes;
+            long long size = 0;
+            EXPECT_EQ(file.Lookup(u"k", bytes, size, 0), VT_CF_FOREIGN);
+            EXPECT_EQ(file.SetAt(u"k", ToArray({2}), 0, 0, 0), VT_CF_FOREIGN);
+            EXPECT_EQ(file.Remove(u"k"), VT_CF_FOREIGN);
+            EXPECT_EQ(file.Compact(), VT_CF_FOREIGN);
+            EXPECT_EQ(file.SetAtFromFile(u"k", UPathOf(name)), VT_CF_FOREIGN);
+            EXPECT_EQ(file.LookupToFile(u"k", UPathOf("out")), VT_CF_FOREIGN);
+            EXPECT_EQ(file.Flush(), VT_CF_OK);
+            EXPECT_TRUE(file.GetKeys().empty());
+            EXPECT_EQ(file.GetFullPath(), UPathOf(name));
+            EXPECT_EQ(file.Close(), VT_CF_OK);
+            EXPECT_EQ(ReadFileBytes(PathOf(name)), original) << name;
+            // A reader of a WAL database leaves SQLite's empty shared-memory files behind.
+            if (mode == 4 || name != "wal.db") {
+                EXPECT_FALSE(SideFilesExist(name)) << name << " mode " << mode;
+            }
+        }
     }
 }
 
@@ -304,6 +313,8 @@ TEST_F(CompactFileTest, StreamedCopiesAcrossChunkBoundaries)
 
     EXPECT_EQ(file.SetAtFromFile(u"k", UPathOf("no-such-file")), VT_CF_CANNOT_OPEN);
     EXPECT_EQ(file.SetAtFromFile(u"k", ZedaUnicodeString::FromUtf8(dir_.string())), VT_CF_CANNOT_OPEN);
+    ASSERT_EQ(mkfifo(PathOf("fifo").c_str(), 0600), 0);
+    EXPECT_EQ(file.SetAtFromFile(u"k", UPathOf("fifo")), VT_CF_CANNOT_OPEN);
     EXPECT_EQ(LookupBytes(file, u"k").size(), static_cast<std::size_t>(2 * chunk + 7));
     EXPECT_EQ(file.LookupToFile(u"absent", UPathOf("absent-out")), VT_CF_KEY_NOT_FOUND);
     EXPECT_FALSE(std::filesystem::exists(PathOf("absent-out")));
