@@ -130,11 +130,22 @@ SurfacePtr ToCairoImage(const RasterView& view)
     return surface;
 }
 
-bool FinishDocument(cairo_surface_t* document, const char* what)
+// A document surface in an error state is only finished: painting onto one
+// leaks inside cairo.
+cairo_surface_t* CheckDocument(cairo_surface_t* document)
+{
+    if (cairo_surface_status(document) != CAIRO_STATUS_SUCCESS) {
+        LogFailure("GGr010", kSource, __LINE__);
+        return nullptr;
+    }
+    return document;
+}
+
+bool FinishDocument(cairo_surface_t* document)
 {
     cairo_surface_finish(document);
     if (cairo_surface_status(document) != CAIRO_STATUS_SUCCESS) {
-        LogFailure(what, kSource, __LINE__);
+        LogFailure("GGr012", kSource, __LINE__);
         return false;
     }
     return true;
@@ -150,6 +161,9 @@ public:
         const double pointsPerPixel = 72.0 / dpi_;
         SurfacePtr document(
             cairo_pdf_surface_create(path.c_str(), view.width * pointsPerPixel, view.height * pointsPerPixel));
+        if (CheckDocument(document.get()) == nullptr) {
+            return false;
+        }
         SurfacePtr page = ToCairoImage(view);
         ContextPtr cr(cairo_create(document.get()));
         cairo_scale(cr.get(), pointsPerPixel, pointsPerPixel);
@@ -157,7 +171,7 @@ public:
         cairo_pattern_set_filter(cairo_get_source(cr.get()), CAIRO_FILTER_NEAREST);
         cairo_paint(cr.get());
         cr.reset();
-        return FinishDocument(document.get(), "GGr010");
+        return FinishDocument(document.get());
     }
 
 private:
@@ -188,73 +202,6 @@ SurfacePtr BlockForVector(const PixelBlock& block, uint32_t rop)
     return surface;
 }
 
-class VectorDevice : public SurfaceDevice {
-public:
-    VectorDevice(const std::string& path, VtVectorFormat format, int width, int height)
-        : path_(path), format_(format), width_(width), height_(height)
-    {
-        const cairo_rectangle_t extents{0, 0, static_cast<double>(width), static_cast<double>(height)};
-        recording_.reset(cairo_recording_surface_create(CAIRO_CONTENT_COLOR, &extents));
-        context_.reset(cairo_create(recording_.get()));
-        cairo_set_antialias(context_.get(), CAIRO_ANTIALIAS_NONE);
-    }
-
-    ~VectorDevice() override
-    {
-        context_.reset();
-        WriteDocument(path_, format_);
-    }
-
-    ZedaSize Size() const override { return {width_, height_}; }
-    void Draw(const ShapeOp& op, const cairo_region_t* clip) override { PaintShape(context_.get(), op, clip); }
-
-    bool Blit(const ZedaRect& dest, const PixelBlock& block, uint32_t rop, const cairo_region_t* clip) override
-    {
-        if (rop == VT_ROP_XOR) {
-            LogFailure("GGr011", kSource, __LINE__);
-            return false;
-        }
-        SurfacePtr image = BlockForVector(block, rop);
-        cairo_t* cr = context_.get();
-        cairo_save(cr);
-        cairo_new_path(cr);
-        if (clip != nullptr) {
-            AppendRegionPath(cr, clip, dest);
-        } else {
-            cairo_rectangle(cr, dest.left, dest.top, dest.Width(), dest.Height());
-        }
-        cairo_clip(cr);
-        cairo_set_source_surface(cr, image.get(), dest.left, dest.top);
-        cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_NEAREST);
-        cairo_paint(cr);
-        cairo_restore(cr);
-        return true;
-    }
-
-    const VtImage* ReadBack() override { return nullptr; }
-    VtImage* TargetImage() override { return nullptr; }
-    bool SavePdf(const std::string& path) override { return WriteDocument(path, VT_VECTOR_PDF); }
-
-private:
-    bool WriteDocument(const std::string& path, VtVectorFormat format) const
-    {
-        SurfacePtr document(format == VT_VECTOR_PDF ? cairo_pdf_surface_create(path.c_str(), width_, height_)
-                                                    : cairo_svg_surface_create(path.c_str(), width_, height_));
-        ContextPtr cr(cairo_create(document.get()));
-        cairo_set_source_surface(cr.get(), recording_.get(), 0, 0);
-        cairo_paint(cr.get());
-        cr.reset();
-        return FinishDocument(document.get(), "GGr012");
-    }
-
-    std::string path_;
-    VtVectorFormat format_;
-    int width_;
-    int height_;
-    SurfacePtr recording_;
-    ContextPtr context_;
-};
-
 struct DrawCommand {
     ShapeOp op;
     RegionPtr clip;
@@ -268,6 +215,84 @@ struct BlitCommand {
 };
 
 using Command = std::variant<DrawCommand, BlitCommand>;
+
+// Keeps the drawing as commands and paints them onto a cairo SVG or PDF
+// surface whenever the document is written.
+class VectorDevice : public SurfaceDevice {
+public:
+    VectorDevice(const std::string& path, VtVectorFormat format, int width, int height)
+        : path_(path), format_(format), width_(width), height_(height)
+    {
+    }
+
+    ~VectorDevice() override { WriteDocument(path_, format_); }
+
+    ZedaSize Size() const override { return {width_, height_}; }
+
+    void Draw(const ShapeOp& op, const cairo_region_t* clip) override
+    {
+        commands_.emplace_back(DrawCommand{op, clip != nullptr ? CopyRegion(clip) : nullptr});
+    }
+
+    bool Blit(const ZedaRect& dest, const PixelBlock& block, uint32_t rop, const cairo_region_t* clip) override
+    {
+        if (rop == VT_ROP_XOR) {
+            LogFailure("GGr011", kSource, __LINE__);
+            return false;
+        }
+        commands_.emplace_back(BlitCommand{dest, block, rop, clip != nullptr ? CopyRegion(clip) : nullptr});
+        return true;
+    }
+
+    const VtImage* ReadBack() override { return nullptr; }
+    VtImage* TargetImage() override { return nullptr; }
+    bool SavePdf(const std::string& path) override { return WriteDocument(path, VT_VECTOR_PDF); }
+
+private:
+    bool WriteDocument(const std::string& path, VtVectorFormat format) const
+    {
+        SurfacePtr document(format == VT_VECTOR_PDF ? cairo_pdf_surface_create(path.c_str(), width_, height_)
+                                                    : cairo_svg_surface_create(path.c_str(), width_, height_));
+        if (CheckDocument(document.get()) == nullptr) {
+            return false;
+        }
+        ContextPtr cr(cairo_create(document.get()));
+        cairo_set_antialias(cr.get(), CAIRO_ANTIALIAS_NONE);
+        for (const Command& command : commands_) {
+            PaintCommand(cr.get(), command);
+        }
+        cr.reset();
+        return FinishDocument(document.get());
+    }
+
+    static void PaintCommand(cairo_t* cr, const Command& command)
+    {
+        if (const auto* draw = std::get_if<DrawCommand>(&command)) {
+            PaintShape(cr, draw->op, draw->clip.get());
+            return;
+        }
+        const auto& blit = std::get<BlitCommand>(command);
+        SurfacePtr image = BlockForVector(blit.block, blit.rop);
+        cairo_save(cr);
+        cairo_new_path(cr);
+        if (blit.clip != nullptr) {
+            AppendRegionPath(cr, blit.clip.get(), blit.dest);
+        } else {
+            cairo_rectangle(cr, blit.dest.left, blit.dest.top, blit.dest.Width(), blit.dest.Height());
+        }
+        cairo_clip(cr);
+        cairo_set_source_surface(cr, image.get(), blit.dest.left, blit.dest.top);
+        cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_NEAREST);
+        cairo_paint(cr);
+        cairo_restore(cr);
+    }
+
+    std::string path_;
+    VtVectorFormat format_;
+    int width_;
+    int height_;
+    std::vector<Command> commands_;
+};
 
 bool PlayCommand(const Command& command, SurfaceDevice& target, const cairo_region_t* clip)
 {
