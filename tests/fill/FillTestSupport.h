@@ -61,6 +61,16 @@ inline std::vector<unsigned char> BytesOf(const VtImage* image)
     return {bits, bits + static_cast<std::size_t>(image->GetRowBytes()) * image->GetHeight()};
 }
 
+// As BytesOf, with the fourth byte of 32-bit pixels (alpha) left out.
+inline std::vector<unsigned char> ColourBytesOf(const VtImage* image)
+{
+    std::vector<unsigned char> bytes = BytesOf(image);
+    if (image->GetBitsPerPixel() == 32)
+        for (std::size_t i = 3; i < bytes.size(); i += 4)
+            bytes[i] = 0;
+    return bytes;
+}
+
 // The raw bytes of pixel (x, y) of an image.
 inline std::vector<unsigned char> PixelBytes(const VtImage* image, int x, int y)
 {
