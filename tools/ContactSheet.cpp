@@ -1,0 +1,162 @@
+#include "ContactSheet.h"
+
+#include <cairo.h>
+#include <fontconfig/fontconfig.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+namespace LqTool {
+
+using LqExample::RasterImage;
+
+namespace {
+
+constexpr int titleHeight = 34;
+constexpr int headingHeight = 22;
+constexpr int labelHeight = 30;
+constexpr int padding = 6;
+
+struct SurfaceDeleter {
+    void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
+};
+struct ContextDeleter {
+    void operator()(cairo_t* context) const { cairo_destroy(context); }
+};
+using Surface = std::unique_ptr<cairo_surface_t, SurfaceDeleter>;
+using Context = std::unique_ptr<cairo_t, ContextDeleter>;
+
+// cairo wants premultiplied alpha; the pictures hold straight colours.
+unsigned int Premultiply(unsigned int pixel)
+{
+    const unsigned int alpha = pixel >> 24;
+    if (alpha == 255)
+        return pixel;
+    auto channel = [&](int shift) { return (((pixel >> shift) & 0xFF) * alpha / 255) << shift; };
+    return (alpha << 24) | channel(16) | channel(8) | channel(0);
+}
+
+Surface PictureSurface(const RasterImage& picture)
+{
+    Surface surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, picture.width, picture.height));
+    cairo_surface_flush(surface.get());
+    unsigned char* data = cairo_image_surface_get_data(surface.get());
+    const int stride = cairo_image_surface_get_stride(surface.get());
+    for (int y = 0; y < picture.height; ++y) {
+        auto* row = reinterpret_cast<unsigned int*>(data + static_cast<std::ptrdiff_t>(y) * stride);
+        for (int x = 0; x < picture.width; ++x)
+            row[x] = Premultiply(picture.At(x, y));
+    }
+    cairo_surface_mark_dirty(surface.get());
+    return surface;
+}
+
+void DrawText(cairo_t* context, double x, double y, double size, const std::string& text, double maxWidth)
+{
+    cairo_set_font_size(context, size);
+    cairo_text_extents_t extents;
+    cairo_text_extents(context, text.c_str(), &extents);
+    if (extents.width > maxWidth && extents.width > 0)
+        cairo_set_font_size(context, size * maxWidth / extents.width);
+    cairo_move_to(context, x, y);
+    cairo_show_text(context, text.c_str());
+}
+
+}  // namespace
+
+ContactSheet::ContactSheet(std::string title, int columns, int cellWidth, int cellHeight)
+    : title_(std::move(title)), columns_(columns), cellWidth_(cellWidth), cellHeight_(cellHeight)
+{
+}
+
+void ContactSheet::NewRow(const std::string& heading)
+{
+    headings_.push_back(heading);
+    column_ = 0;
+}
+
+void ContactSheet::Add(const RasterImage& picture, const std::string& label)
+{
+    if (headings_.empty() || column_ == columns_)
+        NewRow(headings_.empty() ? "" : headings_.back());
+    cells_.push_back({picture, label, static_cast<int>(headings_.size()) - 1, column_++});
+}
+
+bool ContactSheet::Save(const std::string& path) const
+{
+    const int rowHeight = headingHeight + cellHeight_ + labelHeight;
+    const int width = columns_ * (cellWidth_ + padding) + padding;
+    const int height = titleHeight + static_cast<int>(headings_.size()) * rowHeight + padding;
+    Surface sheet(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
+    Context context(cairo_create(sheet.get()));
+    cairo_set_source_rgb(context.get(), 1, 1, 1);
+    cairo_paint(context.get());
+    cairo_select_font_face(context.get(), "sans-serif", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_BOLD);
+    cairo_set_source_rgb(context.get(), 0.1, 0.1, 0.1);
+    DrawText(context.get(), padding, 24, 18, title_, width - 2 * padding);
+    for (std::size_t row = 0; row < headings_.size(); ++row)
+        DrawText(context.get(), padding, titleHeight + static_cast<double>(row) * rowHeight + 16, 13, headings_[row],
+                 width - 2 * padding);
+    cairo_select_font_face(context.get(), "sans-serif", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_NORMAL);
+    for (const Cell& cell : cells_) {
+        const double left = padding + cell.column * (cellWidth_ + padding);
+        const double top = titleHeight + cell.row * rowHeight + headingHeight;
+        cairo_set_source_rgb(context.get(), 0.85, 0.85, 0.85);
+        cairo_rectangle(context.get(), left - 0.5, top - 0.5, cellWidth_ + 1, cellHeight_ + 1);
+        cairo_set_line_width(context.get(), 1);
+        cairo_stroke(context.get());
+        if (!cell.picture.IsEmpty()) {
+            Surface picture = PictureSurface(cell.picture);
+            cairo_save(context.get());
+            cairo_rectangle(context.get(), left, top, cellWidth_, cellHeight_);
+            cairo_clip(context.get());
+            cairo_set_source_surface(context.get(), picture.get(), left + (cellWidth_ - cell.picture.width) / 2,
+                                     top + (cellHeight_ - cell.picture.height) / 2);
+            cairo_paint(context.get());
+            cairo_restore(context.get());
+        }
+        cairo_set_source_rgb(context.get(), 0.15, 0.15, 0.15);
+        const auto split = cell.label.find('\n');
+        DrawText(context.get(), left, top + cellHeight_ + 12, 10, cell.label.substr(0, split), cellWidth_);
+        if (split != std::string::npos)
+            DrawText(context.get(), left, top + cellHeight_ + 25, 10, cell.label.substr(split + 1), cellWidth_);
+    }
+    cairo_surface_flush(sheet.get());
+    return cairo_surface_write_to_png(sheet.get(), path.c_str()) == CAIRO_STATUS_SUCCESS;
+}
+
+bool LoadPng(const std::string& path, RasterImage& picture)
+{
+    Surface loaded(cairo_image_surface_create_from_png(path.c_str()));
+    if (cairo_surface_status(loaded.get()) != CAIRO_STATUS_SUCCESS)
+        return false;
+    // Draw onto a known format; opaque pixels keep their colours exactly.
+    const int width = cairo_image_surface_get_width(loaded.get());
+    const int height = cairo_image_surface_get_height(loaded.get());
+    Surface copy(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
+    Context context(cairo_create(copy.get()));
+    cairo_set_source_surface(context.get(), loaded.get(), 0, 0);
+    cairo_set_operator(context.get(), CAIRO_OPERATOR_SOURCE);
+    cairo_paint(context.get());
+    cairo_surface_flush(copy.get());
+    RasterImage result(width, height);
+    const unsigned char* data = cairo_image_surface_get_data(copy.get());
+    const int stride = cairo_image_surface_get_stride(copy.get());
+    for (int y = 0; y < height; ++y)
+        std::memcpy(&result.At(0, y), data + static_cast<std::ptrdiff_t>(y) * stride, static_cast<std::size_t>(width) * 4);
+    picture = std::move(result);
+    return true;
+}
+
+}  // namespace LqTool
+
+namespace LqTool {
+
+void ReleaseTextCaches()
+{
+    cairo_debug_reset_static_data();
+    FcFini();
+}
+
+}  // namespace LqTool

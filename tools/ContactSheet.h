@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "RasterImage.h"
+
+namespace LqTool {
+
+// A PNG page of labelled pictures in a grid, drawn with cairo.
+class ContactSheet {
+public:
+    ContactSheet(std::string title, int columns, int cellWidth, int cellHeight);
+
+    // Adds a picture in the next cell, centred, with a label under it.
+    void Add(const LqExample::RasterImage& picture, const std::string& label);
+    // Starts the next row (a new row of cells with a heading).
+    void NewRow(const std::string& heading);
+    bool Save(const std::string& path) const;
+    int GetCellCount() const { return static_cast<int>(cells_.size()); }
+
+private:
+    struct Cell {
+        LqExample::RasterImage picture;
+        std::string label;
+        int row;
+        int column;
+    };
+    std::string title_;
+    int columns_;
+    int cellWidth_;
+    int cellHeight_;
+    std::vector<Cell> cells_;
+    std::vector<std::string> headings_;  // one per row
+    int column_ = 0;
+};
+
+// Gives back the font caches that labels fill; call once no cairo object is left.
+void ReleaseTextCaches();
+
+// Reads a PNG file into a picture; false when it cannot be read.
+bool LoadPng(const std::string& path, LqExample::RasterImage& picture);
+
+}  // namespace LqTool

@@ -1,0 +1,272 @@
+// tree, info, export and convert.
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <set>
+
+#include <nlohmann/json.hpp>
+
+#include "Commands.h"
+#include "LibraryFile.h"
+#include "LineSymbol.h"
+#include "LqCompactFile.h"
+#include "MarkerSymbol.h"
+#include "SymbolRenderer.h"
+#include "VtSymbolGroup.h"
+
+namespace LqTool {
+
+using LqExample::ResourceSymbolLib;
+using VTC::VtSymbolGroup;
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+int CountGroups(const VtSymbolGroup& group)
+{
+    int count = 1;
+    for (int i = 0; i < group.GetChildGroupCount(); ++i)
+        count += CountGroups(*group.GetChildGroup(i));
+    return count;
+}
+
+void CollectFiled(const VtSymbolGroup& group, std::set<int>& filed)
+{
+    for (int i = 0; i < group.GetItemCount(); ++i)
+        filed.insert(group.GetItemID(i));
+    for (int i = 0; i < group.GetChildGroupCount(); ++i)
+        CollectFiled(*group.GetChildGroup(i), filed);
+}
+
+void PrintGroup(const ResourceSymbolLib& lib, const VtSymbolGroup& group, const std::string& indent)
+{
+    std::printf("%s[%s]\n", indent.c_str(), group.GetGroupName().ToUtf8().c_str());
+    for (int i = 0; i < group.GetChildGroupCount(); ++i)
+        PrintGroup(lib, *group.GetChildGroup(i), indent + "  ");
+    for (int i = 0; i < group.GetItemCount(); ++i) {
+        const int id = group.GetItemID(i);
+        std::printf("%s  %4d  %-24s %s\n", indent.c_str(), id, lib.GetSymbolByID(id)->name.ToUtf8().c_str(),
+                    DescribeSymbol(lib, id).c_str());
+    }
+}
+
+int CountPictures(const ResourceSymbolLib& lib)
+{
+    int count = 0;
+    for (int i = 0; i < lib.GetSymbolCount(); ++i)
+        count += lib.HasSymbolImage(lib.GetIDAt(i)) ? 1 : 0;
+    return count;
+}
+
+Json GroupJson(const VtSymbolGroup& group)
+{
+    Json items = Json::array();
+    for (int i = 0; i < group.GetItemCount(); ++i)
+        items.push_back(group.GetItemID(i));
+    Json children = Json::array();
+    for (int i = 0; i < group.GetChildGroupCount(); ++i)
+        children.push_back(GroupJson(*group.GetChildGroup(i)));
+    return {{"name", group.GetGroupName().ToUtf8()}, {"items", items}, {"children", children}};
+}
+
+std::string Hex(unsigned int colour)
+{
+    char buffer[12];
+    std::snprintf(buffer, sizeof buffer, "#%08X", colour);
+    return buffer;
+}
+
+Json SymbolJson(const ResourceSymbolLib& lib, int id)
+{
+    const VTC::VtSymbol* symbol = lib.GetSymbolByID(id);
+    Json entry = {{"id", id}, {"name", symbol->name.ToUtf8()}};
+    if (const auto* marker = dynamic_cast<const LqExample::MarkerSymbol*>(symbol)) {
+        entry["shape"] = LqExample::GetShapeName(marker->shape);
+        entry["size"] = marker->size;
+        entry["colour"] = Hex(marker->colour);
+        entry["outlineColour"] = Hex(marker->outlineColour);
+        entry["rotation"] = marker->rotation;
+    } else if (const auto* line = dynamic_cast<const LqExample::LineSymbol*>(symbol)) {
+        entry["width"] = line->width;
+        entry["colour"] = Hex(line->colour);
+        entry["dashes"] = line->dashes;
+    }
+    const auto* resource = dynamic_cast<const LqExample::ResourceSymbol*>(symbol);
+    const auto* cache = lib.GetResourceCache();
+    const auto* record = resource && cache && !resource->resource.IsNull() ? cache->Find(resource->resource) : nullptr;
+    if (record) {
+        char checksum[12];
+        std::snprintf(checksum, sizeof checksum, "%08x", record->checksum);
+        entry["picture"] = {{"width", record->width}, {"height", record->height}, {"crc32", checksum}};
+    } else {
+        entry["picture"] = nullptr;
+    }
+    return entry;
+}
+
+Json InfoJson(const LibraryProbe& probe, const ResourceSymbolLib& lib)
+{
+    std::set<int> filed;
+    CollectFiled(*lib.GetRootGroup(), filed);
+    const auto& report = lib.GetReport();
+    Json info = {{"file", probe.path},
+                 {"bytes", probe.fileBytes},
+                 {"form", probe.container ? "container" : "stream"},
+                 {"formatVersion", report.formatVersion},
+                 {"kind", KindName(probe.kind)},
+                 {"symbols", lib.GetSymbolCount()},
+                 {"groups", CountGroups(*lib.GetRootGroup())},
+                 {"ungroupedSymbols", lib.GetSymbolCount() - static_cast<int>(filed.size())},
+                 {"pictures", CountPictures(lib)}};
+    if (probe.container) {
+        Json entries = Json::array();
+        for (const auto& [key, size] : probe.entries)
+            entries.push_back({{"key", key}, {"bytes", size}});
+        info["containerEntries"] = entries;
+    } else if (report.cacheSection) {
+        info["cacheSection"] = {{"stamp", report.stamp},
+                                {"scBytes", report.cacheDataBytes},
+                                {"sc00Bytes", report.cacheIndexBytes}};
+    } else {
+        info["cacheSection"] = nullptr;
+    }
+    const auto* cache = lib.GetResourceCache();
+    info["cacheRecords"] = cache ? static_cast<int>(cache->GetEntries().size()) : 0;
+    return info;
+}
+
+void PrintInfo(const Json& info)
+{
+    std::printf("file:    %s (%lld bytes)\n", info["file"].get<std::string>().c_str(), info["bytes"].get<long long>());
+    std::printf("form:    %s, format version %u\n", info["form"].get<std::string>().c_str(),
+                info["formatVersion"].get<unsigned int>());
+    std::printf("kind:    %s library\n", info["kind"].get<std::string>().c_str());
+    std::printf("content: %d symbols (%d not in a group), %d groups, %d pictures in %d cache records\n",
+                info["symbols"].get<int>(), info["ungroupedSymbols"].get<int>(), info["groups"].get<int>(),
+                info["pictures"].get<int>(), info["cacheRecords"].get<int>());
+    if (info.contains("containerEntries")) {
+        std::printf("entries:\n");
+        for (const auto& entry : info["containerEntries"])
+            std::printf("  %-20s %12lld bytes\n", entry["key"].get<std::string>().c_str(),
+                        entry["bytes"].get<long long>());
+    } else if (info["cacheSection"].is_null()) {
+        std::printf("cache section: none\n");
+    } else {
+        const auto& section = info["cacheSection"];
+        std::printf("cache section: stamp \"%s\", sc %lld bytes, sc00 %lld bytes\n",
+                    section["stamp"].get<std::string>().c_str(), section["scBytes"].get<long long>(),
+                    section["sc00Bytes"].get<long long>());
+    }
+}
+
+}  // namespace
+
+int Report(const std::string& subject, const std::string& message)
+{
+    std::fprintf(stderr, "lqsymbol: %s: %s\n", subject.c_str(), message.c_str());
+    return exitFailure;
+}
+
+void PrintTree(const ResourceSymbolLib& lib)
+{
+    PrintGroup(lib, *lib.GetRootGroup(), "");
+    std::set<int> filed;
+    CollectFiled(*lib.GetRootGroup(), filed);
+    if (static_cast<int>(filed.size()) == lib.GetSymbolCount())
+        return;
+    std::printf("(not in a group)\n");
+    for (int i = 0; i < lib.GetSymbolCount(); ++i) {
+        const int id = lib.GetIDAt(i);
+        if (!filed.contains(id))
+            std::printf("  %4d  %-24s %s\n", id, lib.GetNameAt(i).ToUtf8().c_str(), DescribeSymbol(lib, id).c_str());
+    }
+}
+
+int RunTree(const std::string& path)
+{
+    std::string error;
+    auto lib = OpenLibrary(path, error);
+    if (!lib)
+        return Report(path, error);
+    PrintTree(*lib);
+    return exitOk;
+}
+
+int RunInfo(const std::string& path, bool json)
+{
+    std::string error;
+    LibraryProbe probe;
+    auto lib = OpenLibrary(path, error, &probe);
+    if (!lib)
+        return Report(path, error);
+    const Json info = InfoJson(probe, *lib);
+    if (json)
+        std::printf("%s\n", info.dump(2).c_str());
+    else
+        PrintInfo(info);
+    return exitOk;
+}
+
+int RunExport(const std::string& path, const std::string& output, const std::string& imageDirectory)
+{
+    std::string error;
+    LibraryProbe probe;
+    auto lib = OpenLibrary(path, error, &probe);
+    if (!lib)
+        return Report(path, error);
+    Json document = InfoJson(probe, *lib);
+    Json symbols = Json::array();
+    for (int i = 0; i < lib->GetSymbolCount(); ++i)
+        symbols.push_back(SymbolJson(*lib, lib->GetIDAt(i)));
+    document["symbolList"] = symbols;
+    document["groupTree"] = GroupJson(*lib->GetRootGroup());
+
+    if (!imageDirectory.empty()) {
+        std::error_code ignored;
+        std::filesystem::create_directories(imageDirectory, ignored);
+        for (int i = 0; i < lib->GetSymbolCount(); ++i) {
+            const int id = lib->GetIDAt(i);
+            LqExample::RasterImage picture;
+            if (!lib->HasSymbolImage(id))
+                continue;
+            const std::string file = imageDirectory + "/" + std::to_string(id) + ".png";
+            if (!lib->GetSymbolImage(id, picture))
+                return Report(path, "picture of symbol " + std::to_string(id) + ": " + lib->GetLastError());
+            if (!LqExample::SavePng(picture, file))
+                return Report(file, "cannot be written");
+        }
+    }
+    const std::string text = document.dump(2) + "\n";
+    if (output.empty() || output == "-") {
+        std::fwrite(text.data(), 1, text.size(), stdout);
+        return exitOk;
+    }
+    std::ofstream out(output, std::ios::binary | std::ios::trunc);
+    out << text;
+    out.close();
+    return out ? exitOk : Report(output, "cannot be written");
+}
+
+int RunConvert(const std::string& in, const std::string& out, const std::string& form, unsigned int streamVersion)
+{
+    std::string error;
+    auto lib = OpenLibrary(in, error);
+    if (!lib)
+        return Report(in, error);
+    const unsigned int version = form == "container" ? VTC::VtSymbolLib::containerVersion : streamVersion;
+    if (!lib->SaveToFile(ZEDA::ZedaUnicodeString::FromUtf8(out), version))
+        return Report(out, lib->GetLastError().empty() ? "cannot be written" : lib->GetLastError());
+    auto written = OpenLibrary(out, error);
+    if (!written)
+        return Report(out, "written but cannot be read back: " + error);
+    const auto differences = CompareLibraries(*lib, *written);
+    if (!differences.empty())
+        return Report(out, "written but differs from " + in + ": " + differences.front());
+    std::printf("%s -> %s (%s form, format version %u, %d symbols)\n", in.c_str(), out.c_str(), form.c_str(),
+                version, written->GetSymbolCount());
+    return exitOk;
+}
+
+}  // namespace LqTool
