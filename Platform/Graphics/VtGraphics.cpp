@@ -63,6 +63,21 @@ ZedaRect GradientBox(const VtGraphics::State& s)
     return box;
 }
 
+using GradientPainter = void (*)(const gfx::RasterView&, const ZedaRect&, const gfx::GradientSpec&,
+                                 const cairo_region_t*);
+
+bool DrawNativeGradient(VtGraphics::State& s, GradientPainter paint, const gfx::GradientSpec& spec)
+{
+    VtImage* target = s.kind == VT_SURFACE_NATIVE_GRADIENT ? s.device->TargetImage() : nullptr;
+    const ZedaRect box = GradientBox(s);
+    if (target == nullptr || box.IsEmpty()) {
+        gfx::LogFailure("GGr015", kSource, __LINE__);
+        return false;
+    }
+    paint(VtGraphicsInternals::View(*target), box, spec, ClipOf(s));
+    return true;
+}
+
 }  // namespace
 
 std::unique_ptr<VtGraphics::State> MakeGraphicsState(int kind, gfx::PixelFormat format,
@@ -381,29 +396,13 @@ VtRgn* VtGraphics::GetClipRegion() const { return state_->clip.get(); }
 bool VtGraphics::DrawLinearGradient(unsigned int colour1, unsigned int colour2, int offsetX, int offsetY,
                                     double angle)
 {
-    VtImage* target = state_->kind == VT_SURFACE_NATIVE_GRADIENT ? GetTargetImage() : nullptr;
-    const ZedaRect box = GradientBox(*state_);
-    if (target == nullptr || box.IsEmpty()) {
-        gfx::LogFailure("GGr015", kSource, __LINE__);
-        return false;
-    }
-    gfx::PaintLinearGradient(VtGraphicsInternals::View(*target), box, {colour1, colour2, offsetX, offsetY, angle},
-                             ClipOf(*state_));
-    return true;
+    return DrawNativeGradient(*state_, gfx::PaintLinearGradient, {colour1, colour2, offsetX, offsetY, angle});
 }
 
 bool VtGraphics::DrawRadialGradient(unsigned int colour1, unsigned int colour2, int offsetX, int offsetY,
                                     double angle)
 {
-    VtImage* target = state_->kind == VT_SURFACE_NATIVE_GRADIENT ? GetTargetImage() : nullptr;
-    const ZedaRect box = GradientBox(*state_);
-    if (target == nullptr || box.IsEmpty()) {
-        gfx::LogFailure("GGr015", kSource, __LINE__);
-        return false;
-    }
-    gfx::PaintRadialGradient(VtGraphicsInternals::View(*target), box, {colour1, colour2, offsetX, offsetY, angle},
-                             ClipOf(*state_));
-    return true;
+    return DrawNativeGradient(*state_, gfx::PaintRadialGradient, {colour1, colour2, offsetX, offsetY, angle});
 }
 
 VtImage* VtGraphics::CreateSquareGradientImage(unsigned int colour1, unsigned int colour2, int offsetX,

@@ -41,10 +41,11 @@ struct LQ_EXPORT VtImageInfo {
     unsigned char* bits = nullptr;
 };
 
-// A raster image of 1 (mask), 8 (indexed), 16 (5-6-5, red high), 24 (three
-// bytes, blue first, or red first for images compatible with printing or
-// recording surfaces) or 32 bits per pixel (ZEDARGBA values in host order).
-// Rows are top-down; the stride is a multiple of 4 bytes. Made by
+// A raster image of 1 (mask; the first pixel in the high bit of a byte, 1 is
+// white), 8 (indexed; a grey ramp unless a palette is given), 16 (5-6-5, red
+// high), 24 (three bytes, blue first, or red first for images compatible with
+// printing or recording surfaces) or 32 bits per pixel (ZEDARGBA values in
+// host order). Rows are top-down; the stride is a multiple of 4 bytes. Made by
 // VtGraphicsManager::NewImage and destroyed with delete.
 class LQ_EXPORT VtImage {
 public:
