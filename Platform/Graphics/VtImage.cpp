@@ -151,7 +151,9 @@ long long VtImage::GetBits(long long byteCount, void* buffer) const
         return 0;
     }
     const long long count = std::min(byteCount, state_->ByteCount());
-    std::memcpy(buffer, state_->bits.data(), static_cast<std::size_t>(count));
+    if (count > 0) {
+        std::memcpy(buffer, state_->bits.data(), static_cast<std::size_t>(count));
+    }
     return count;
 }
 
@@ -161,7 +163,9 @@ long long VtImage::SetBits(long long byteCount, const void* buffer)
         return 0;
     }
     const long long count = std::min(byteCount, state_->ByteCount());
-    std::memcpy(state_->bits.data(), buffer, static_cast<std::size_t>(count));
+    if (count > 0) {
+        std::memcpy(state_->bits.data(), buffer, static_cast<std::size_t>(count));
+    }
     return count;
 }
 

@@ -38,6 +38,10 @@ TEST(ImageTest, RefusesWhatItCannotHold)
     VtImageInfo info;
     EXPECT_FALSE(image->GetImageInfo(info));
     EXPECT_EQ(info.bits, nullptr);
+    unsigned char byte = 7;
+    EXPECT_EQ(image->GetBits(1, &byte), 0);
+    EXPECT_EQ(image->SetBits(1, &byte), 0);
+    EXPECT_EQ(image->GetPixelColour(0, 0), 0u);
 }
 
 TEST(ImageTest, PixelsAreStoredInTheDocumentedLayouts)
