@@ -1,0 +1,222 @@
+// Runs the lqsymbol program on good, missing, empty, truncated and damaged
+// files and checks its exit codes and messages.
+
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Outcome {
+    int code = -1;
+    std::string out;
+    std::string err;
+};
+
+std::string ReadText(const fs::path& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+void WriteText(const fs::path& path, const std::string& bytes)
+{
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+}
+
+std::string Quote(const std::string& text)
+{
+    std::string quoted = "'";
+    for (const char c : text)
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
+// The demo's files, made once for the whole program.
+class ToolTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        std::string pattern = (fs::temp_directory_path() / "lq-tool-tests-XXXXXX").string();
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        root = pattern;
+        fs::create_directory(root / "tmp");
+        setenv("TMPDIR", (root / "tmp").c_str(), 1);
+        demo = Lq({"demo", "-d", (root / "demo").string(), "--count", "20", "--repeat", "1", "--no-gallery"});
+    }
+    static void TearDownTestSuite()
+    {
+        std::error_code ignored;
+        fs::remove_all(root, ignored);
+    }
+
+    static Outcome Lq(const std::vector<std::string>& arguments)
+    {
+        static int counter = 0;
+        const fs::path out = root / ("out" + std::to_string(counter) + ".txt");
+        const fs::path err = root / ("err" + std::to_string(counter++) + ".txt");
+        std::string command = Quote(LQSYMBOL_PATH);
+        for (const std::string& argument : arguments)
+            command += " " + Quote(argument);
+        command += " >" + Quote(out.string()) + " 2>" + Quote(err.string());
+        const int status = std::system(command.c_str());
+        Outcome run;
+        run.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        run.out = ReadText(out);
+        run.err = ReadText(err);
+        return run;
+    }
+
+    static std::string Demo(const std::string& name) { return (root / "demo" / name).string(); }
+    static std::string Work(const std::string& name) { return (root / name).string(); }
+
+    static inline fs::path root;
+    static inline Outcome demo;
+};
+
+TEST_F(ToolTest, DemoPassesAndItsFilesReadBack)
+{
+    ASSERT_EQ(demo.code, 0) << demo.err;
+    EXPECT_NE(demo.out.find("demo passed"), std::string::npos);
+    EXPECT_EQ(demo.out.find("DIFFER"), std::string::npos);
+    std::size_t agreements = 0;
+    for (std::size_t at = demo.out.find(" agree\n"); at != std::string::npos; at = demo.out.find(" agree\n", at + 1))
+        ++agreements;
+    EXPECT_EQ(agreements, 5u) << demo.out;
+    EXPECT_EQ(demo.err, "");
+
+    const Outcome info = Lq({"info", Demo("markers.lqc"), "--json"});
+    ASSERT_EQ(info.code, 0) << info.err;
+    const auto json = nlohmann::json::parse(info.out);
+    EXPECT_EQ(json["form"], "container");
+    EXPECT_EQ(json["formatVersion"], 20120328u);
+    EXPECT_EQ(json["symbols"], 20);
+    EXPECT_EQ(json["pictures"], 20);
+    EXPECT_EQ(json["containerEntries"].size(), 3u);
+
+    const Outcome stream = Lq({"info", Demo("markers.lqs")});
+    ASSERT_EQ(stream.code, 0) << stream.err;
+    EXPECT_NE(stream.out.find("cache section: stamp \"Mar\""), std::string::npos) << stream.out;
+    const Outcome lines = Lq({"info", Demo("lines.lqs"), "--json"});
+    ASSERT_EQ(lines.code, 0) << lines.err;
+    EXPECT_EQ(nlohmann::json::parse(lines.out)["cacheSection"]["stamp"], "Li");
+}
+
+TEST_F(ToolTest, ConvertedFilesExportTheSameLibrary)
+{
+    ASSERT_EQ(demo.code, 0);
+    ASSERT_EQ(Lq({"convert", Demo("markers.lqc"), Work("c.lqs"), "--form", "stream", "--version", "20200101"}).code, 0);
+    ASSERT_EQ(Lq({"convert", Work("c.lqs"), Work("c.lqc"), "--form", "container"}).code, 0);
+    const Outcome fromContainer = Lq({"export", Demo("markers.lqc"), "--json", "--images", Work("pictures")});
+    const Outcome fromConverted = Lq({"export", Work("c.lqc"), "--json"});
+    ASSERT_EQ(fromContainer.code, 0) << fromContainer.err;
+    ASSERT_EQ(fromConverted.code, 0) << fromConverted.err;
+    const auto a = nlohmann::json::parse(fromContainer.out);
+    const auto b = nlohmann::json::parse(fromConverted.out);
+    EXPECT_EQ(a["symbolList"], b["symbolList"]);
+    EXPECT_EQ(a["groupTree"], b["groupTree"]);
+    EXPECT_EQ(a["symbolList"].size(), 20u);
+    EXPECT_TRUE(fs::exists(Work("pictures/20.png")));
+    EXPECT_EQ(Lq({"tree", Demo("markers.lqc")}).out, Lq({"tree", Work("c.lqs")}).out);
+}
+
+TEST_F(ToolTest, MissingEmptyAndForeignFilesAreRefused)
+{
+    WriteText(Work("empty.lqs"), "");
+    WriteText(Work("text.lqs"), "just some text, long enough to look at");
+    const struct {
+        std::string path;
+        std::string message;
+    } cases[] = {{Work("missing.lqs"), "no such file"},
+                 {Work("empty.lqs"), "the file is empty"},
+                 {root.string(), "not a regular file"},
+                 {Work("text.lqs"), "not a symbol library (unknown header)"}};
+    for (const auto& c : cases) {
+        for (const std::vector<std::string>& command :
+             {std::vector<std::string>{"info", c.path}, {"tree", c.path}, {"export", c.path, "--json"},
+              {"convert", c.path, Work("never.lqc"), "--form", "container"}}) {
+            const Outcome run = Lq(command);
+            EXPECT_EQ(run.code, 1) << command[0] << " " << c.path;
+            EXPECT_EQ(run.err, "lqsymbol: " + c.path + ": " + c.message + "\n");
+            EXPECT_EQ(run.out, "");
+        }
+    }
+    EXPECT_FALSE(fs::exists(Work("never.lqc")));
+}
+
+TEST_F(ToolTest, TruncatedAndDamagedFilesFailCleanly)
+{
+    ASSERT_EQ(demo.code, 0);
+    // A container may lose its last byte unharmed (the database does not
+    // need it); a stream file never does.
+    for (const char* name : {"markers.lqs", "markers.lqc"}) {
+        const std::string whole = ReadText(Demo(name));
+        const bool stream = std::string(name).ends_with(".lqs");
+        for (const std::size_t length : {std::size_t{3}, std::size_t{8}, std::size_t{100}, std::size_t{1000},
+                                         whole.size() / 2, stream ? whole.size() - 1 : whole.size() / 4}) {
+            const std::string path = Work("cut-" + std::to_string(length) + "-" + name);
+            WriteText(path, whole.substr(0, length));
+            const Outcome run = Lq({"info", path});
+            EXPECT_EQ(run.code, 1) << path << ": " << run.err;
+            EXPECT_EQ(run.err.rfind("lqsymbol: " + path + ": ", 0), 0u) << run.err;
+        }
+    }
+    std::mt19937 random(11);
+    std::string noise(5000, '\0');
+    for (char& c : noise)
+        c = static_cast<char>(random());
+    WriteText(Work("noise.bin"), noise);
+    const Outcome run = Lq({"tree", Work("noise.bin")});
+    EXPECT_EQ(run.code, 1);
+    EXPECT_NE(run.err.find("not a symbol library"), std::string::npos);
+
+    // Damaged bytes anywhere in a stream file: a clean result either way,
+    // and every picture the export reaches is checked.
+    const std::string whole = ReadText(Demo("markers.lqs"));
+    for (int trial = 0; trial < 25; ++trial) {
+        std::string damaged = whole;
+        damaged[random() % damaged.size()] ^= static_cast<char>(1 + random() % 255);
+        const std::string path = Work("damaged" + std::to_string(trial) + ".lqs");
+        WriteText(path, damaged);
+        const Outcome exported = Lq({"export", path, "--json", "--images", Work("damaged-pictures")});
+        EXPECT_TRUE(exported.code == 0 || exported.code == 1) << "exit " << exported.code << ": " << exported.err;
+        if (exported.code == 1) {
+            EXPECT_EQ(exported.err.rfind("lqsymbol: " + path + ": ", 0), 0u) << exported.err;
+        }
+    }
+}
+
+TEST_F(ToolTest, UsageErrorsAndFills)
+{
+    EXPECT_EQ(Lq({}).code, 2);
+    const Outcome badVersion = Lq({"convert", "a", "b", "--form", "stream", "--version", "20120328"});
+    EXPECT_EQ(badVersion.code, 2);
+    EXPECT_NE(badVersion.err.find("container form's version"), std::string::npos) << badVersion.err;
+    EXPECT_EQ(Lq({"fill", "-o", Work("x.png"), "--colour1", "#12345G"}).code, 2);
+    EXPECT_EQ(Lq({"info", "--help"}).code, 0);
+
+    const Outcome fill = Lq({"fill", "-o", Work("conical.png"), "--kind", "conical", "--surface", "window16",
+                         "--transparency", "30", "--width", "64", "--height", "48"});
+    ASSERT_EQ(fill.code, 0) << fill.err;
+    EXPECT_EQ(ReadText(Work("conical.png")).substr(1, 3), "PNG");
+    const Outcome page = Lq({"fill", "-o", Work("page.pdf"), "--surface", "printer", "--shape", "multipolygon",
+                         "--kind", "transparent"});
+    ASSERT_EQ(page.code, 0) << page.err;
+    EXPECT_EQ(ReadText(Work("page.pdf")).substr(0, 5), "%PDF-");
+    const Outcome notPdf = Lq({"fill", "-o", Work("window.pdf")});
+    EXPECT_EQ(notPdf.code, 1);
+    EXPECT_NE(notPdf.err.find("only the printer surface writes PDF"), std::string::npos);
+}
+
+}  // namespace
