@@ -139,7 +139,49 @@ void BlitSizes(benchmark::internal::Benchmark* b)
     b->ArgNames({"w", "h", "bits"})->Unit(benchmark::kMicrosecond);
 }
 
+// The colour blend of TransparentRectangle beside pixman's solid OVER.
+void BM_ConstantBlendKernel(benchmark::State& state)
+{
+    PixelPair pair(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)),
+                   static_cast<int>(state.range(2)));
+    const unsigned char colour[4] = {20, 200, 250, 0};
+    const std::size_t pixelBytes = static_cast<std::size_t>(pair.bits / 8);
+    const detail::ConstantBlend blend(colour, pixelBytes, kTransparency,
+                                      pair.bits == 32 ? detail::ColourBytesMask32() : 0xFFFFFFFFu);
+    const std::size_t rowBytes = static_cast<std::size_t>(pair.width) * pixelBytes;
+    for (auto _ : state) {
+        for (int row = 0; row < pair.height; ++row)
+            blend.Apply(pair.target.data() + static_cast<std::size_t>(row) * pair.stride, rowBytes);
+        benchmark::ClobberMemory();
+    }
+    SetCounters(state, static_cast<std::size_t>(pair.width) * static_cast<std::size_t>(pair.height));
+}
+
+void BM_PixmanSolidOver(benchmark::State& state)
+{
+    PixelPair pair(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)),
+                   static_cast<int>(state.range(2)));
+    const pixman_format_code_t format = pair.bits == 32 ? PIXMAN_x8r8g8b8 : PIXMAN_r8g8b8;
+    pixman_image_t* target = pixman_image_create_bits(format, pair.width, pair.height,
+                                                      reinterpret_cast<std::uint32_t*>(pair.target.data()), pair.stride);
+    const auto a = static_cast<std::uint16_t>(kOpacity * 0xFFFF);
+    // Premultiplied, as pixman takes colours.
+    const pixman_color_t colour = {static_cast<std::uint16_t>(250 * 257 * kOpacity),
+                                   static_cast<std::uint16_t>(200 * 257 * kOpacity),
+                                   static_cast<std::uint16_t>(20 * 257 * kOpacity), a};
+    pixman_image_t* solid = pixman_image_create_solid_fill(&colour);
+    for (auto _ : state) {
+        pixman_image_composite32(PIXMAN_OP_OVER, solid, nullptr, target, 0, 0, 0, 0, 0, 0, pair.width, pair.height);
+        benchmark::ClobberMemory();
+    }
+    pixman_image_unref(solid);
+    pixman_image_unref(target);
+    SetCounters(state, static_cast<std::size_t>(pair.width) * static_cast<std::size_t>(pair.height));
+}
+
 BENCHMARK(BM_BlendKernel)->Apply(BlitSizes);
+BENCHMARK(BM_ConstantBlendKernel)->Apply(BlitSizes);
+BENCHMARK(BM_PixmanSolidOver)->Apply(BlitSizes);
 BENCHMARK(BM_PixmanConstantAlphaOver)->Apply(BlitSizes);
 BENCHMARK(BM_BlendDoubleLoop)->Apply(BlitSizes);
 BENCHMARK(BM_TransparentBitblt)->Apply(BlitSizes);
