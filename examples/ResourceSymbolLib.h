@@ -119,7 +119,7 @@ private:
     bool ReadHeader(VTC::VtStream& stream, unsigned int& fileVersion);
     bool ReadSymbols(VTC::VtStream& stream, SymbolList& parsed);
     bool WriteSymbols(VTC::VtStream& stream);
-    bool CheckTree(const VTC::VtSymbolGroup& group, const std::vector<int>& ids);
+    static bool CheckTree(const VTC::VtSymbolGroup& root, const std::vector<int>& ids);
 
     bool ScanCacheSection(VTC::VtStream& stream, CacheSection& section);
     bool TakeResourcesFromStream(VTC::VtStream& stream);

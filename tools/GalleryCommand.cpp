@@ -103,9 +103,14 @@ private:
 
 bool GradientSheet(Gallery& gallery, SurfaceKind kind)
 {
-    ContactSheet sheet(std::string("Gradient rectangles on a ") + SurfaceName(kind) +
-                           " surface: kinds by row; angle, offsets, transparency and result in each cell",
-                       std::size(variants), cellWidth, cellHeight);
+    // The native surface draws linear, radial and conical itself over its
+    // clip (here none: the whole cell) and the fill then reports false.
+    const std::string title = kind == SurfaceKind::Native
+                                  ? "Gradients on the native-gradient surface: it draws linear, radial (and conical "
+                                    "as radial) over its whole clip, and the fill returns false"
+                                  : std::string("Gradient rectangles on a ") + SurfaceName(kind) +
+                                        " surface: kinds by row; angle, offsets, transparency and result in each cell";
+    ContactSheet sheet(title, std::size(variants), cellWidth, cellHeight);
     for (const GradientKind& gradient : gradientKinds) {
         sheet.NewRow(gradient.name);
         for (const Variant& v : variants) {

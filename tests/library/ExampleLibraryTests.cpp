@@ -255,6 +255,48 @@ TEST_F(ExampleLibraryTest, ContainerRewrittenInPlaceTakesNewPictures)
     EXPECT_EQ(picture, Picture(7, 3, 55));
 }
 
+// A stream file without a cache section reads its pictures from cache files
+// lying next to it, and never writes to them.
+TEST_F(ExampleLibraryTest, CacheNextToTheLibraryFileIsReadButNotWritten)
+{
+    MarkerSymbolLib original;
+    FillMarkers(original);
+    const std::string path = Work("shipped.lqm");
+    ASSERT_EQ(original.SaveToFile(U(path), newStreamForm), 1);
+    std::vector<unsigned char> bytes = ReadBytes(path);
+    const std::vector<unsigned char> marker{5, 0, 0, 0, 'C', 0, 'a', 0, 'c', 0, 'h', 0, 'e', 0};
+    const auto section = std::find_end(bytes.begin(), bytes.end(), marker.begin(), marker.end());
+    ASSERT_NE(section, bytes.end());
+    bytes.erase(section, bytes.end());
+    std::ofstream(path, std::ios::binary | std::ios::trunc)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    const ZedaUnicodeString cache = original.GetCachePath();
+    for (const char* extension : {"lock", "sc", "sc00"})
+        fs::copy_file(VTC::VtFile::ChangeExt(cache, U(extension)).ToUtf8(), Work(std::string("shipped.") + extension));
+    const std::vector<unsigned char> shippedData = ReadBytes(Work("shipped.sc"));
+
+    MarkerSymbolLib lib;
+    ASSERT_EQ(lib.LoadFromFile(U(path)), 1) << lib.GetLastError();
+    EXPECT_FALSE(lib.GetReport().cacheSection);
+    EXPECT_EQ(lib.GetCachePath(), U(path));
+    ExpectSameMarkers(original, lib);
+
+    ASSERT_TRUE(lib.SetSymbolImage(5, Picture(9, 9, 5))) << lib.GetLastError();
+    EXPECT_NE(lib.GetCachePath(), U(path));  // moved to a copy in the temporary directory
+    EXPECT_EQ(ReadBytes(Work("shipped.sc")), shippedData);
+    RasterImage picture;
+    ASSERT_TRUE(lib.GetSymbolImage(5, picture));
+    EXPECT_EQ(picture, Picture(9, 9, 5));
+    ASSERT_TRUE(lib.GetSymbolImage(6, picture));
+    EXPECT_EQ(picture, Picture(28, 28, 6));
+
+    // Without the files next to it, the same stream has pictures and nowhere to take them from.
+    fs::remove(Work("shipped.sc00"));
+    MarkerSymbolLib orphan;
+    EXPECT_EQ(orphan.LoadFromFile(U(path)), 0);
+    EXPECT_NE(orphan.GetLastError().find("missing"), std::string::npos) << orphan.GetLastError();
+}
+
 TEST_F(ExampleLibraryTest, ConversionsBetweenFormsKeepEverything)
 {
     MarkerSymbolLib original;
