@@ -61,17 +61,19 @@ TEST_F(MaskedBlit, WhiteMaskHidesAndBlackMaskShows)
 
 TEST_F(MaskedBlit, HalfMaskBlendsOnlyUnderBlack)
 {
-    Surface surface = Window(16, 16, 24);
-    surface->GetTargetImage()->Fill(kPaper);
-    Image image = ImageFor(surface.get(), 8, 8, kInk);
-    Image mask = ImageFor(surface.get(), 8, 8, ZEDARGB(0, 0, 0));
-    for (int y = 0; y < 8; ++y)
-        for (int x = 4; x < 8; ++x)
-            mask->SetPixelColour(x, y, ZEDARGB(255, 255, 255));
-    EXPECT_TRUE(VtEspecialFill::TransparentBitbltMask(surface.get(), image.get(), mask.get(), 0, 0, 8, 8, 30));
-    EXPECT_EQ(PixelAt(surface.get(), 1, 1), Blended(kInk, kPaper, 30));
-    EXPECT_EQ(PixelAt(surface.get(), 6, 6), Rgb(kPaper));
-    EXPECT_EQ(PixelAt(surface.get(), 9, 9), Rgb(kPaper));
+    for (int bits : {24, 32}) {
+        Surface surface = Window(16, 16, bits);
+        surface->GetTargetImage()->Fill(kPaper);
+        Image image = ImageFor(surface.get(), 8, 8, kInk);
+        Image mask = ImageFor(surface.get(), 8, 8, ZEDARGB(0, 0, 0));
+        for (int y = 0; y < 8; ++y)
+            for (int x = 4; x < 8; ++x)
+                mask->SetPixelColour(x, y, ZEDARGB(255, 255, 255));
+        EXPECT_TRUE(VtEspecialFill::TransparentBitbltMask(surface.get(), image.get(), mask.get(), 0, 0, 8, 8, 30));
+        EXPECT_EQ(PixelAt(surface.get(), 1, 1), Blended(kInk, kPaper, 30)) << bits;
+        EXPECT_EQ(PixelAt(surface.get(), 6, 6), Rgb(kPaper)) << bits;
+        EXPECT_EQ(PixelAt(surface.get(), 9, 9), Rgb(kPaper)) << bits;
+    }
 }
 
 TEST_F(MaskedBlit, RefusalsAndFailures)

@@ -187,6 +187,9 @@ TEST_F(TransparentShape, PrintedPagesAreTiledAt4000Pixels)
         for (int y : {0, 1999, 2000, 2999})
             EXPECT_EQ(PixelAt(page.get(), x, y), Rgb(ZEDARGB(127, 127, 127))) << x << ',' << y;
     EXPECT_EQ(PixelAt(page.get(), 4500, 100), Rgb(ZEDARGB(255, 255, 255)));
+    // The page stores red first: the fill swaps red and blue to match.
+    EXPECT_TRUE(VtEspecialFill::TransparentRectangle(page.get(), ZedaRect(4510, 0, 4590, 50), kInk, 40));
+    EXPECT_EQ(PixelAt(page.get(), 4550, 20), Blended(kInk, ZEDARGB(255, 255, 255), 40));
     EXPECT_EQ(PixelAt(page.get(), 100, 3000), Rgb(ZEDARGB(255, 255, 255)));
 
     // 3999 pixels go in one piece, 4000 in tiles (two bottom-strip tiles here).
