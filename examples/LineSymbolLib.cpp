@@ -13,10 +13,14 @@ ResourceSymbol* LineSymbolLib::NewSymbol() const
     return new LineSymbol;
 }
 
+bool LineSymbolLib::IsOwnKind(const ResourceSymbol& symbol) const
+{
+    return dynamic_cast<const LineSymbol*>(&symbol) != nullptr;
+}
+
 bool LineSymbolLib::WriteFields(VTC::VtStream& stream, const ResourceSymbol& symbol) const
 {
-    const auto* line = dynamic_cast<const LineSymbol*>(&symbol);
-    return line && line->Write(stream);
+    return static_cast<const LineSymbol&>(symbol).Write(stream);
 }
 
 bool LineSymbolLib::ReadFields(VTC::VtStream& stream, ResourceSymbol& symbol) const

@@ -20,6 +20,7 @@ public:
 
 protected:
     ResourceSymbol* NewSymbol() const override;
+    bool IsOwnKind(const ResourceSymbol& symbol) const override;
     bool WriteFields(VTC::VtStream& stream, const ResourceSymbol& symbol) const override;
     bool ReadFields(VTC::VtStream& stream, ResourceSymbol& symbol) const override;
 };

@@ -13,10 +13,14 @@ ResourceSymbol* MarkerSymbolLib::NewSymbol() const
     return new MarkerSymbol;
 }
 
+bool MarkerSymbolLib::IsOwnKind(const ResourceSymbol& symbol) const
+{
+    return dynamic_cast<const MarkerSymbol*>(&symbol) != nullptr;
+}
+
 bool MarkerSymbolLib::WriteFields(VTC::VtStream& stream, const ResourceSymbol& symbol) const
 {
-    const auto* marker = dynamic_cast<const MarkerSymbol*>(&symbol);
-    return marker && marker->Write(stream);
+    return static_cast<const MarkerSymbol&>(symbol).Write(stream);
 }
 
 bool MarkerSymbolLib::ReadFields(VTC::VtStream& stream, ResourceSymbol& symbol) const

@@ -373,8 +373,9 @@ bool ResourceSymbolLib::SaveImage(VtStream& stream, unsigned int fileVersion)
     // The stream form always carries a cache section, even an empty one.
     if (!containerForm && !EnsureWritableCache())
         return false;
-    stream.WriteInt(GetStreamMagic());
-    stream.WriteInt(static_cast<int>(fileVersion));
+    if (!stream.WriteInt(GetStreamMagic()) || !stream.WriteInt(static_cast<int>(fileVersion)) ||
+        !stream.WriteInt(GetSymbolCount()))
+        return Fail("EXl006", "the library stream could not be written", __LINE__);
     if (!WriteSymbols(stream))
         return false;
     rootGroup->Save(stream, fileVersion, 0);
@@ -382,23 +383,20 @@ bool ResourceSymbolLib::SaveImage(VtStream& stream, unsigned int fileVersion)
         SaveCacheToLib(stream, fileVersion);
     else if (storage && !IsSynced(*storage))
         CopySymbolRes(cachePath, storage);
-    if (stream.IsFailed())
-        return Fail("EXl006", "the library stream could not be written", __LINE__);
     return true;
 }
 
 bool ResourceSymbolLib::WriteSymbols(VtStream& stream)
 {
-    stream.WriteInt(GetSymbolCount());
     for (const int id : idList) {
         const auto* symbol = dynamic_cast<const ResourceSymbol*>(symbols.at(id));
-        stream.WriteInt(id);
-        if (symbol)
-            stream << symbol->name;
-        if (!symbol || !WriteFields(stream, *symbol))
+        if (!symbol || !IsOwnKind(*symbol))
             return Fail("EXl006", "symbol " + std::to_string(id) + " is not of this library's kind", __LINE__);
-        stream.WriteInt64(symbol->resource.offset);
-        stream.WriteInt64(symbol->resource.length);
+        stream.WriteInt(id);
+        stream << symbol->name;
+        if (!WriteFields(stream, *symbol) || !stream.WriteInt64(symbol->resource.offset) ||
+            !stream.WriteInt64(symbol->resource.length))
+            return Fail("EXl006", "the library stream could not be written", __LINE__);
     }
     return true;
 }
@@ -501,9 +499,10 @@ ResourceSymbol* ResourceSymbolLib::FindSymbol(int id) const
 {
     const auto found = symbols.find(id);
     auto* symbol = found == symbols.end() ? nullptr : dynamic_cast<ResourceSymbol*>(found->second);
-    if (!symbol)
-        Fail("EXl007", "no symbol of this library's kind has ID " + std::to_string(id), __LINE__);
-    return symbol;
+    if (symbol && IsOwnKind(*symbol))
+        return symbol;
+    Fail("EXl007", "no symbol of this library's kind has ID " + std::to_string(id), __LINE__);
+    return nullptr;
 }
 
 bool ResourceSymbolLib::SetSymbolImage(int id, const RasterImage& image)

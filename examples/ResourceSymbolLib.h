@@ -97,7 +97,9 @@ protected:
 
     // A new, empty symbol of the library's kind.
     virtual ResourceSymbol* NewSymbol() const = 0;
-    // The kind's own fields; false for a symbol of another kind.
+    // Whether a symbol is of the library's kind (others are refused).
+    virtual bool IsOwnKind(const ResourceSymbol& symbol) const = 0;
+    // The kind's own fields, for a symbol of the library's kind.
     virtual bool WriteFields(VTC::VtStream& stream, const ResourceSymbol& symbol) const = 0;
     // False when the fields cannot be read or are out of range.
     virtual bool ReadFields(VTC::VtStream& stream, ResourceSymbol& symbol) const = 0;

@@ -380,6 +380,45 @@ TEST_F(ExampleLibraryTest, AppendRenumbersAndMergesGroupsWithPictures)
     EXPECT_EQ(TreeLines(*flat.GetRootGroup()), (std::vector<std::string>{"RootGroup: 1 2 3 4 5 6"}));
 }
 
+// An append that cannot be read in full adds nothing; symbols of another
+// kind, or pictures that are not at hand, are refused with a reason.
+TEST_F(ExampleLibraryTest, RefusedAppendsAndSavesChangeNothing)
+{
+    MarkerSymbolLib source;
+    FillMarkers(source);
+    ASSERT_EQ(source.SaveToFile(U(Work("source.lqm")), newStreamForm), 1);
+    const std::vector<unsigned char> whole = ReadBytes(Work("source.lqm"));
+
+    MarkerSymbolLib target;
+    target.AddSymbol(new MarkerSymbol(1, u"kept", MarkerShape::Square, 5, 0), nullptr);
+    const auto before = TreeLines(*target.GetRootGroup());
+    for (const std::size_t length : {whole.size() / 2, whole.size() - 1, std::size_t{20}}) {
+        VTC::VtMemoryStream stream;
+        stream.Open(whole.data(), static_cast<long long>(length));
+        EXPECT_EQ(target.AppendFromStream(stream, 1), 0) << length;
+        EXPECT_EQ(target.GetSymbolCount(), 1);
+        EXPECT_EQ(TreeLines(*target.GetRootGroup()), before);
+    }
+    // A container image carries no pictures in itself.
+    VTC::VtMemoryStream image;
+    image.Open(VTC::VT_STREAM_WRITE);
+    ASSERT_EQ(source.SaveToStream(image, containerForm, 1), 1);
+    VTC::VtMemoryStream reader;
+    reader.Open(image.GetData(), image.GetLength());
+    EXPECT_EQ(target.AppendFromStream(reader, 1), 0);
+    EXPECT_NE(target.GetLastError().find("container"), std::string::npos) << target.GetLastError();
+    EXPECT_EQ(target.GetSymbolCount(), 1);
+
+    // A line in a marker library cannot be written as a marker.
+    target.AddSymbol(new LineSymbol(7, u"stray", 1.0, 0), nullptr);
+    VTC::VtMemoryStream out;
+    out.Open(VTC::VT_STREAM_WRITE);
+    EXPECT_EQ(target.SaveToStream(out, newStreamForm, 1), 0);
+    EXPECT_NE(target.GetLastError().find("symbol 7"), std::string::npos) << target.GetLastError();
+    EXPECT_FALSE(target.SetSymbolImage(7, Picture(2, 2, 7)));
+    EXPECT_FALSE(target.SetSymbolImage(99, Picture(2, 2, 7)));
+}
+
 // Every prefix of a library stream, and streams with damaged bytes, either
 // load completely or fail cleanly with an empty library.
 TEST_F(ExampleLibraryTest, DamagedStreamsFailCleanly)

@@ -197,6 +197,21 @@ TEST_F(ToolTest, TruncatedAndDamagedFilesFailCleanly)
     }
 }
 
+TEST_F(ToolTest, GalleryWritesEverySheet)
+{
+    const Outcome gallery = Lq({"gallery", "-o", Work("gallery")});
+    ASSERT_EQ(gallery.code, 0) << gallery.err;
+    for (const char* name : {"gradients-window32.png", "gradients-window24.png", "gradients-window16.png",
+                             "gradients-native.png", "gradients-printer.png", "printer-page.png",
+                             "transparent-fills.png", "blits.png"}) {
+        EXPECT_EQ(ReadText(Work(std::string("gallery/") + name)).substr(1, 3), "PNG") << name;
+    }
+    EXPECT_EQ(ReadText(Work("gallery/printer-page.pdf")).substr(0, 5), "%PDF-");
+    const Outcome blocked = Lq({"gallery", "-o", Work("gallery/blits.png")});  // a file, not a directory
+    EXPECT_EQ(blocked.code, 1);
+    EXPECT_NE(blocked.err.find("cannot be made"), std::string::npos) << blocked.err;
+}
+
 TEST_F(ToolTest, UsageErrorsAndFills)
 {
     EXPECT_EQ(Lq({}).code, 2);
