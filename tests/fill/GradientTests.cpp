@@ -248,8 +248,19 @@ TEST_F(GradientFills, PlainFillForEqualColoursAndOtherKinds)
         EXPECT_EQ(PixelAt(surface.get(), 21, 21), Rgb(kPaper));
         EXPECT_EQ(PixelAt(surface.get(), 8, 15), Rgb(kPaper));
     }
-    EXPECT_TRUE(probe.Unchanged());
     EXPECT_TRUE(RendererLog().empty());
+    // Without a brush or a pen nothing is drawn, and the surface is as it was.
+    const SurfaceState state = StateOf(surface.get());
+    for (VTC::VtFaultKind fault : {VTC::VT_FAULT_NEW_BRUSH, VTC::VT_FAULT_NEW_PEN}) {
+        surface->GetTargetImage()->Fill(kPaper);
+        VtGraphicsManager::InjectFault(fault);
+        EXPECT_FALSE(VtEspecialFill::GradientRectangle(surface.get(), ZedaRect(10, 10, 20, 20), kFrom, kFrom, 0.3,
+                                                       0, 0, 10, 0));
+        EXPECT_EQ(PixelAt(surface.get(), 15, 15), Rgb(kPaper));
+    }
+    EXPECT_EQ(RendererLog(), (std::vector<std::string>{"300:EGe001", "300:EGe001"}));
+    EXPECT_EQ(StateOf(surface.get()), state);
+    EXPECT_TRUE(probe.Unchanged());
 }
 
 TEST_F(GradientFills, EachKindIsItsGeneratorsImageBlended)
