@@ -7,6 +7,10 @@ endif()
 
 function(lq_warnings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Werror=return-type)
+  # GCC 12 reports a false -Wrestrict inside libstdc++ for "text" + std::string&& at -O2 (GCC bug 105329).
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    target_compile_options(${target} PRIVATE -Wno-restrict)
+  endif()
 endfunction()
 
 # lq_add_library(Name FOLDER dir SOURCES ... HEADERS ... DEPENDS ...)
