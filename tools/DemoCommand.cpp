@@ -174,7 +174,7 @@ bool WriteMarkerSheet(const MarkerSymbolLib& lib, const std::string& path)
         RasterImage picture;
         if (!lib.GetSymbolImage(id, picture))
             return false;
-        sheet.Add(picture, "#" + std::to_string(id) + "\n" + lib.GetNameAt(i).ToUtf8());
+        sheet.Add(picture, std::string("#").append(std::to_string(id)).append("\n").append(lib.GetNameAt(i).ToUtf8()));
     }
     return sheet.Save(path);
 }

@@ -160,7 +160,7 @@ std::string DescribeSymbol(const ResourceSymbolLib& lib, int id)
         if (!line->dashes.empty()) {
             text += " dash";
             for (const int dash : line->dashes)
-                text += " " + std::to_string(dash);
+                text.append(" ").append(std::to_string(dash));
         }
     }
     if (const auto* resource = dynamic_cast<const LqExample::ResourceSymbol*>(symbol); resource && lib.HasSymbolImage(id)) {
@@ -180,7 +180,7 @@ void TreeLines(const VTC::VtSymbolGroup& group, const std::string& path, std::ve
     const std::string here = path + "/" + group.GetGroupName().ToUtf8();
     std::string line = here + ":";
     for (int i = 0; i < group.GetItemCount(); ++i)
-        line += " " + std::to_string(group.GetItemID(i));
+        line.append(" ").append(std::to_string(group.GetItemID(i)));
     lines.push_back(line);
     for (int i = 0; i < group.GetChildGroupCount(); ++i)
         TreeLines(*group.GetChildGroup(i), here, lines);
