@@ -3,11 +3,13 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <numbers>
 
 #include "Commands.h"
 #include "ContactSheet.h"
 #include "Drawing.h"
+#include "LqGraphics.h"
 #include "MarkerSymbol.h"
 #include "SymbolRenderer.h"
 #include "VtEspecialFill.h"
@@ -18,6 +20,8 @@ namespace fs = std::filesystem;
 using LqExample::RasterImage;
 using VTC::VtEspecialFill;
 using VTC::VtGraphics;
+using VTC::VtGraphicsManager;
+using VTC::VtRgn;
 using ZEDA::ZedaPoint;
 using ZEDA::ZedaRect;
 
@@ -101,13 +105,23 @@ private:
     std::string directory_;
 };
 
+// Clips the surface to a logical rectangle for the rest of its short life.
+void ClipTo(VtGraphics& surface, ZedaRect rect)
+{
+    surface.LogicalToDeviceRect(rect);
+    const std::unique_ptr<VtRgn> region(VtGraphicsManager::NewRgn(0));
+    if (region && region->CreateRectRegion(rect.left, rect.top, rect.right, rect.bottom))
+        surface.SelectClipRegion(region.get(), VTC::VT_CLIP_INTERSECT);
+}
+
 bool GradientSheet(Gallery& gallery, SurfaceKind kind)
 {
-    // The native surface draws linear, radial and conical itself over its
-    // clip (here none: the whole cell) and the fill then reports false.
+    // The native surface is not told the rectangle: it draws over its clip, so
+    // each cell clips to its rectangle as a caller filling a shape would. It
+    // draws linear, radial and conical itself and the fill then reports false.
     const std::string title = kind == SurfaceKind::Native
-                                  ? "Gradients on the native-gradient surface: it draws linear, radial (and conical "
-                                    "as radial) over its whole clip, and the fill returns false"
+                                  ? "Gradients on the native-gradient surface, clipped to each rectangle: it draws "
+                                    "linear, radial (and conical as radial) itself, and the fill returns false"
                                   : std::string("Gradient rectangles on a ") + SurfaceName(kind) +
                                         " surface: kinds by row; angle, offsets, transparency and result in each cell";
     ContactSheet sheet(title, std::size(variants), cellWidth, cellHeight);
@@ -122,6 +136,8 @@ bool GradientSheet(Gallery& gallery, SurfaceKind kind)
             DrawCheckerboard(*surface, bounds);
             ZedaRect inner = bounds;
             inner.Inflate(-bounds.Width() / 12, -bounds.Height() / 10);
+            if (kind == SurfaceKind::Native)
+                ClipTo(*surface, inner);
             const bool result = VtEspecialFill::GradientRectangle(surface.get(), inner, colour1, colour2,
                                                                   Radians(v.degrees), v.offsetX, v.offsetY,
                                                                   gradient.kind, v.transparency);
