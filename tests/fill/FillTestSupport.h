@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,14 +22,8 @@ using ZEDA::ZedaPoint;
 using ZEDA::ZedaRect;
 using ZEDA::ZedaSize;
 
-struct GraphicsDeleter {
-    void operator()(VtGraphics* g) const { delete g; }
-};
-struct ImageDeleter {
-    void operator()(VtImage* i) const { delete i; }
-};
-using Surface = std::unique_ptr<VtGraphics, GraphicsDeleter>;
-using Image = std::unique_ptr<VtImage, ImageDeleter>;
+using Surface = std::unique_ptr<VtGraphics>;
+using Image = std::unique_ptr<VtImage>;
 
 inline Surface Window(int width, int height, int bits = 32)
 {
@@ -61,16 +54,6 @@ inline std::vector<unsigned char> BytesOf(const VtImage* image)
     return {bits, bits + static_cast<std::size_t>(image->GetRowBytes()) * image->GetHeight()};
 }
 
-// As BytesOf, with the fourth byte of 32-bit pixels (alpha) left out.
-inline std::vector<unsigned char> ColourBytesOf(const VtImage* image)
-{
-    std::vector<unsigned char> bytes = BytesOf(image);
-    if (image->GetBitsPerPixel() == 32)
-        for (std::size_t i = 3; i < bytes.size(); i += 4)
-            bytes[i] = 0;
-    return bytes;
-}
-
 // The raw bytes of pixel (x, y) of an image.
 inline std::vector<unsigned char> PixelBytes(const VtImage* image, int x, int y)
 {
@@ -86,9 +69,16 @@ inline unsigned int PixelAt(VtGraphics* surface, int x, int y)
     return Rgb(surface->GetTargetImage()->GetPixelColour(x, y));
 }
 
+// A byte of s over d at transparency t, in the renderer's double formula.
 inline unsigned char Blend(unsigned s, unsigned d, int t)
 {
     return static_cast<unsigned char>(static_cast<int>(s * (100 - t) / 100.0 + d * t / 100.0));
+}
+
+inline unsigned int Blended(unsigned int colour, unsigned int under, int t)
+{
+    return Rgb(ZEDARGB(Blend(ZEDAREDVAL(colour), ZEDAREDVAL(under), t),
+                       Blend(ZEDAGREENVAL(colour), ZEDAGREENVAL(under), t), Blend(ZEDABLUEVAL(colour), ZEDABLUEVAL(under), t)));
 }
 
 // What the log holds from the renderer, as "level:code".
@@ -105,8 +95,9 @@ inline std::vector<std::string> RendererLog()
 struct SurfaceState {
     int mode = 0;
     ZedaPoint origin;
-    bool clipped = false;
     ZedaRect clipBounds;
+    VTC::VtPen* pen = nullptr;
+    VTC::VtBrush* brush = nullptr;
     friend bool operator==(const SurfaceState&, const SurfaceState&) = default;
 };
 
@@ -115,20 +106,33 @@ inline SurfaceState StateOf(VtGraphics* surface)
     SurfaceState state;
     state.mode = surface->GetCoordinateMode();
     state.origin = surface->GetOrigin();
-    state.clipped = surface->GetClipRegion() != nullptr;
-    if (state.clipped)
+    if (surface->GetClipRegion() != nullptr)
         state.clipBounds = surface->GetClipRegion()->GetBoundingRect();
+    state.pen = surface->SelectPen(nullptr);
+    surface->SelectPen(state.pen);
+    state.brush = surface->SelectBrush(nullptr);
+    surface->SelectBrush(state.brush);
     return state;
 }
 
-// Each test starts with an empty log and no pending faults, and checks that
-// everything the renderer made is gone by the end.
+// A pen and a brush of the test's own, selected while it lives, so that a
+// renderer that does not put back what it found is seen.
+struct OwnSelection {
+    explicit OwnSelection(VtGraphics* s) : surface(s) { s->SelectPen(pen.get()); s->SelectBrush(brush.get()); }
+    ~OwnSelection() { surface->SelectPen(nullptr); surface->SelectBrush(nullptr); }
+    VtGraphics* surface;
+    std::unique_ptr<VTC::VtPen> pen{VtGraphicsManager::NewPen(0)};
+    std::unique_ptr<VTC::VtBrush> brush{VtGraphicsManager::NewBrush(0)};
+};
+
+// Each test starts with an empty log, no pending faults and a 1920 x 1080
+// screen, and checks that everything the renderer made is gone by the end.
 class FillTestBase : public ::testing::Test {
 protected:
     void SetUp() override
     {
         VtGraphicsManager::ClearFaults();
-        VTC::VtLogFile::GetInstance(false)->ClearRecords();
+        ClearLog();
         VTC::VtToolkit::SetScreenSize(1920, 1080);
         live_ = VtGraphicsManager::GetLiveObjectCount();
     }
@@ -144,45 +148,6 @@ private:
     int live_ = 0;
 };
 
-// Selects a pen and a brush of the test's own into a surface, and tells
-// whether they are still the ones selected.
-class SelectionProbe {
-public:
-    explicit SelectionProbe(VtGraphics* surface) : surface_(surface)
-    {
-        pen_ = VtGraphicsManager::NewPen(0);
-        brush_ = VtGraphicsManager::NewBrush(0);
-        pen_->CreatePen(VTC::VT_PEN_NULL, 0, 0, 0, 0.0);
-        brush_->CreateBrush(VTC::VT_BRUSH_NULL, 0, 100, 0, ZedaSize(0, 0), 0);
-        previousPen_ = surface_->SelectPen(pen_);
-        previousBrush_ = surface_->SelectBrush(brush_);
-    }
-    ~SelectionProbe()
-    {
-        surface_->SelectPen(previousPen_);
-        surface_->SelectBrush(previousBrush_);
-        delete pen_;
-        delete brush_;
-    }
-    SelectionProbe(const SelectionProbe&) = delete;
-    SelectionProbe& operator=(const SelectionProbe&) = delete;
-
-    bool Unchanged() const
-    {
-        VtGraphics* s = surface_;
-        VTC::VtPen* pen = s->SelectPen(pen_);
-        VTC::VtBrush* brush = s->SelectBrush(brush_);
-        return pen == pen_ && brush == brush_;
-    }
-
-private:
-    VtGraphics* surface_;
-    VTC::VtPen* pen_;
-    VTC::VtBrush* brush_;
-    VTC::VtPen* previousPen_;
-    VTC::VtBrush* previousBrush_;
-};
-
 // True when `call` makes exactly `count` graphics through the manager: the
 // fault waits for call count + 1 and is then met by a probe.
 template <typename Call>
@@ -190,11 +155,24 @@ bool MakesExactlyGraphics(int count, Call call)
 {
     VtGraphicsManager::InjectFault(VTC::VT_FAULT_NEW_GRAPHICS, count);
     call();
-    VtGraphics* probe = VtGraphicsManager::NewGraphics(0);
-    const bool exact = probe == nullptr;
-    delete probe;
+    const Surface probe(VtGraphicsManager::NewGraphics(0));
     VtGraphicsManager::ClearFaults();
-    return exact;
+    return probe == nullptr;
+}
+
+using Generator = VtImage* (*)(VtGraphics*, const ZedaRect&);
+constexpr unsigned int kFrom = ZEDARGB(0, 10, 200);
+constexpr unsigned int kTo = ZEDARGB(240, 130, 20);
+
+// The four gradient generators with one set of colours, offsets and angle.
+inline const std::vector<Generator>& Generators()
+{
+    static const std::vector<Generator> generators = {
+        [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetLinearImage(g, r, kFrom, kTo, 0.7, 10, 20); },
+        [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetRadialImage(g, r, kFrom, kTo, 10, 20); },
+        [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetConicalImage(g, r, kFrom, kTo, 10, 20, 0.7); },
+        [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetSquareImage(g, r, kFrom, kTo, 10, 20, 0.7); }};
+    return generators;
 }
 
 }  // namespace FillTest
