@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "VtLogFile.h"
 
@@ -162,28 +163,27 @@ int Execute(sqlite3* db, const char* sql)
     return sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
 }
 
-// Rolls back on every path that does not commit.
-class Transaction {
+// A nested transaction, undone on every path that does not release it: a
+// failed write leaves its entry as it was and the rest of the batch intact.
+class Savepoint {
 public:
-    explicit Transaction(sqlite3* db) : db_(db) {}
-    ~Transaction()
+    explicit Savepoint(sqlite3* db) : db_(db) {}
+    ~Savepoint()
     {
-        if (active_) Execute(db_, "ROLLBACK");
+        if (active_) Execute(db_, "ROLLBACK TO entry; RELEASE entry");
     }
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
+    Savepoint(const Savepoint&) = delete;
+    Savepoint& operator=(const Savepoint&) = delete;
 
-    // A writing transaction takes the write lock at once, so that it cannot
-    // fail half-way for want of it.
-    int Begin(bool write)
+    int Begin()
     {
-        const int rc = Execute(db_, write ? "BEGIN IMMEDIATE" : "BEGIN");
+        const int rc = Execute(db_, "SAVEPOINT entry");
         active_ = rc == SQLITE_OK;
         return rc;
     }
-    int Commit()
+    int Release()
     {
-        const int rc = Execute(db_, "COMMIT");
+        const int rc = Execute(db_, "RELEASE entry");
         if (rc == SQLITE_OK) active_ = false;
         return rc;
     }
@@ -219,11 +219,8 @@ int CreateSchema(sqlite3* db)
                             containerFormatName + "'), ('version', " + std::to_string(containerFormatVersion) +
                             ");"
                             "CREATE TABLE entries(key TEXT PRIMARY KEY NOT NULL, value BLOB NOT NULL);";
-    Transaction transaction(db);
-    int rc = transaction.Begin(true);
-    if (rc == SQLITE_OK) rc = Execute(db, sql.c_str());
-    if (rc == SQLITE_OK) rc = transaction.Commit();
-    return rc;
+    // A failure leaves the transaction open; closing the connection rolls it back.
+    return Execute(db, ("BEGIN IMMEDIATE;" + sql + "COMMIT;").c_str());
 }
 
 // Tells a container of ours from another SQLite database and gives SQLite's
@@ -270,6 +267,11 @@ struct VtCompactFile::State {
     std::string fullPath;
     int indexInfo = VT_CF_INDEX_NONE;
     bool readOnly = false;
+    // The writes since the last Flush form one transaction, open while `pending`.
+    bool pending = false;
+    // SQLite abandoned that transaction after an I/O error: acknowledged writes
+    // are gone, which the next Flush or Close must report.
+    bool batchLost = false;
 
     enum class Access { read, write };
 
@@ -330,6 +332,76 @@ struct VtCompactFile::State {
         const int rc = sqlite3_blob_open(db.get(), "main", "entries", "value", rowid, write ? 1 : 0, &raw);
         blob.reset(raw);
         return rc;
+    }
+
+    int StoreFromFile(const std::string& key, int source, long long length) const
+    {
+        const int stored = Store(
+            key, [length](sqlite3_stmt* statement, int index) { return sqlite3_bind_zeroblob64(statement, index, length); },
+            __LINE__);
+        if (stored != VT_CF_OK) return stored;
+        sqlite3_int64 rowid = 0;
+        long long reserved = 0;
+        if (const int found = FindEntry(key, rowid, reserved)) return found;
+
+        Blob blob;
+        int rc = OpenBlob(rowid, true, blob);
+        if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
+        std::vector<unsigned char> chunk(static_cast<size_t>(std::min(length, chunkSize)));
+        for (long long offset = 0; offset < length;) {
+            const long long count = std::min(chunkSize, length - offset);
+            // A file that shrank while being read fails the copy.
+            if (ReadFully(source, chunk.data(), count) != count) return Refuse(VT_CF_IO_ERROR, "ECf008", __LINE__);
+            rc = sqlite3_blob_write(blob.get(), chunk.data(), static_cast<int>(count), static_cast<int>(offset));
+            if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
+            offset += count;
+        }
+        rc = sqlite3_blob_close(blob.release());
+        return rc == SQLITE_OK ? VT_CF_OK : SqliteFailure(rc, __LINE__);
+    }
+
+    void NoticeAbandonedBatch()
+    {
+        if (pending && sqlite3_get_autocommit(db.get()) != 0) {
+            pending = false;
+            batchLost = true;
+        }
+    }
+
+    // Runs one write in the batch, beginning the batch if needed. The write
+    // lock is taken at once, so that no write fails half-way for want of it.
+    template <typename Body>
+    int Write(Body body, int line)
+    {
+        NoticeAbandonedBatch();
+        if (!pending) {
+            const int rc = Execute(db.get(), "BEGIN IMMEDIATE");
+            if (rc != SQLITE_OK) return SqliteFailure(rc, line);
+            pending = true;
+        }
+        Savepoint savepoint(db.get());
+        int rc = savepoint.Begin();
+        if (rc != SQLITE_OK) return SqliteFailure(rc, line);
+        const int result = body();
+        if (result != VT_CF_OK) return result;
+        rc = savepoint.Release();
+        return rc == SQLITE_OK ? VT_CF_OK : SqliteFailure(rc, line);
+    }
+
+    // Commits the batch; a failed commit that SQLite did not undo stays
+    // pending for the next try.
+    int CommitBatch(int line)
+    {
+        NoticeAbandonedBatch();
+        int result = VT_CF_OK;
+        if (pending) {
+            const int rc = Execute(db.get(), "COMMIT");
+            if (rc == SQLITE_OK) pending = false;
+            else result = SqliteFailure(rc, line);
+            NoticeAbandonedBatch();
+        }
+        if (std::exchange(batchLost, false) && result == VT_CF_OK) result = Refuse(VT_CF_IO_ERROR, "ECf008", line);
+        return result;
     }
 };
 
@@ -421,30 +493,34 @@ int VtCompactFile::SetAt(const ZedaUnicodeString& key, const VtByteArray& bytes,
 {
     if (const int refused = State::Check(state_, State::Access::write, __LINE__)) return refused;
     // An empty array may have no storage, and a null blob would bind SQL NULL.
-    return state_->Store(
-        key.ToUtf8(),
-        [&bytes](sqlite3_stmt* statement, int index) {
-            return bytes.IsEmpty() ? sqlite3_bind_zeroblob(statement, index, 0)
-                                   : sqlite3_bind_blob64(statement, index, bytes.GetData(),
-                                                         static_cast<sqlite3_uint64>(bytes.GetSize()), SQLITE_STATIC);
-        },
-        __LINE__);
+    const auto bindValue = [&bytes](sqlite3_stmt* statement, int index) {
+        return bytes.IsEmpty() ? sqlite3_bind_zeroblob(statement, index, 0)
+                               : sqlite3_bind_blob64(statement, index, bytes.GetData(),
+                                                     static_cast<sqlite3_uint64>(bytes.GetSize()), SQLITE_STATIC);
+    };
+    return state_->Write([&] { return state_->Store(key.ToUtf8(), bindValue, __LINE__); }, __LINE__);
 }
 
 int VtCompactFile::Remove(const ZedaUnicodeString& key)
 {
     if (const int refused = State::Check(state_, State::Access::write, __LINE__)) return refused;
-    Statement statement;
-    const std::string utf8Key = key.ToUtf8();
-    int rc = state_->PrepareForKey("DELETE FROM entries WHERE key = ?1", utf8Key, statement);
-    if (rc == SQLITE_OK) rc = sqlite3_step(statement.get());
-    if (rc != SQLITE_DONE) return SqliteFailure(rc, __LINE__);
-    return sqlite3_changes(state_->db.get()) == 0 ? VT_CF_KEY_NOT_FOUND : VT_CF_OK;
+    return state_->Write(
+        [&]() -> int {
+            Statement statement;
+            const std::string utf8Key = key.ToUtf8();
+            int rc = state_->PrepareForKey("DELETE FROM entries WHERE key = ?1", utf8Key, statement);
+            if (rc == SQLITE_OK) rc = sqlite3_step(statement.get());
+            if (rc != SQLITE_DONE) return SqliteFailure(rc, __LINE__);
+            return sqlite3_changes(state_->db.get()) == 0 ? VT_CF_KEY_NOT_FOUND : VT_CF_OK;
+        },
+        __LINE__);
 }
 
 int VtCompactFile::Compact()
 {
     if (const int refused = State::Check(state_, State::Access::write, __LINE__)) return refused;
+    // VACUUM cannot run inside a transaction.
+    if (const int failed = state_->CommitBatch(__LINE__)) return failed;
     const int rc = Execute(state_->db.get(), "VACUUM");
     return rc == SQLITE_OK ? VT_CF_OK : SqliteFailure(rc, __LINE__);
 }
@@ -452,17 +528,20 @@ int VtCompactFile::Compact()
 int VtCompactFile::Flush()
 {
     if (!state_) return Refuse(VT_CF_NOT_OPEN, "ECf001", __LINE__);
-    // Every commit was synced as it returned; what can still be lost is the
-    // directory entry of a container created since.
     if (state_->readOnly || state_->indexInfo != VT_CF_INDEX_KEYED) return VT_CF_OK;
+    // The commit is synced as it returns; the folder sync keeps the name of a
+    // container created since.
+    if (const int failed = state_->CommitBatch(__LINE__)) return failed;
     return SyncParentDirectory(state_->fullPath) ? VT_CF_OK : Refuse(VT_CF_IO_ERROR, "ECf008", __LINE__);
 }
 
 int VtCompactFile::Close()
 {
     if (!state_) return Refuse(VT_CF_NOT_OPEN, "ECf001", __LINE__);
+    const int committed = state_->CommitBatch(__LINE__);
     const int rc = sqlite3_close_v2(state_->db.release());
     state_.reset();
+    if (committed != VT_CF_OK) return committed;
     return rc == SQLITE_OK ? VT_CF_OK : SqliteFailure(rc, __LINE__);
 }
 
@@ -508,47 +587,18 @@ int VtCompactFile::SetAtFromFile(const ZedaUnicodeString& key, const ZedaUnicode
     UniqueFd source(::open(filePath.ToUtf8().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));  // FIFOs refused below
     struct stat info {};
     if (!source.IsValid() || ::fstat(source.Get(), &info) != 0 || !S_ISREG(info.st_mode)) return VT_CF_CANNOT_OPEN;
-    const long long length = info.st_size;
-
     // The value is reserved as zeros and then filled chunk by chunk, all in
-    // one transaction, so a kill half-way leaves the old value.
-    sqlite3* db = state_->db.get();
-    Transaction transaction(db);
-    int rc = transaction.Begin(true);
-    if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
-    const std::string utf8Key = key.ToUtf8();
-    const int stored = state_->Store(
-        utf8Key, [length](sqlite3_stmt* statement, int index) { return sqlite3_bind_zeroblob64(statement, index, length); },
-        __LINE__);
-    if (stored != VT_CF_OK) return stored;
-    sqlite3_int64 rowid = 0;
-    long long reserved = 0;
-    if (const int found = state_->FindEntry(utf8Key, rowid, reserved)) return found;
-
-    Blob blob;
-    rc = state_->OpenBlob(rowid, true, blob);
-    if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
-    std::vector<unsigned char> chunk(static_cast<size_t>(std::min(length, chunkSize)));
-    for (long long offset = 0; offset < length;) {
-        const long long count = std::min(chunkSize, length - offset);
-        // A file that shrank while being read fails the copy.
-        if (ReadFully(source.Get(), chunk.data(), count) != count) return Refuse(VT_CF_IO_ERROR, "ECf008", __LINE__);
-        rc = sqlite3_blob_write(blob.get(), chunk.data(), static_cast<int>(count), static_cast<int>(offset));
-        if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
-        offset += count;
-    }
-    rc = sqlite3_blob_close(blob.release());
-    if (rc == SQLITE_OK) rc = transaction.Commit();
-    return rc == SQLITE_OK ? VT_CF_OK : SqliteFailure(rc, __LINE__);
+    // one savepoint, so a failure half-way leaves the old value.
+    return state_->Write([&] { return state_->StoreFromFile(key.ToUtf8(), source.Get(), info.st_size); }, __LINE__);
 }
 
 int VtCompactFile::LookupToFile(const ZedaUnicodeString& key, const ZedaUnicodeString& filePath)
 {
     if (const int refused = State::Check(state_, State::Access::read, __LINE__)) return refused;
-    // One read transaction keeps the row from changing between the search and the copy.
-    sqlite3* db = state_->db.get();
-    Transaction transaction(db);
-    int rc = transaction.Begin(false);
+    // A read transaction (or the batch) keeps the row from changing between
+    // the search and the copy.
+    Savepoint reading(state_->db.get());
+    int rc = reading.Begin();
     if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
     sqlite3_int64 rowid = 0;
     long long length = 0;

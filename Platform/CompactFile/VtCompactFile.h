@@ -36,9 +36,20 @@ enum VtCompactFileIndexInfo : int {
     VT_CF_INDEX_FOREIGN = 3,  // a database that opened but is not such a container
 };
 
-// A container file of keyed byte entries, kept in one SQLite database. Every
-// write is atomic: a crash at any moment leaves each entry as it was before
-// the unfinished write or as that write made it.
+// A container file of keyed byte entries, kept in one SQLite database.
+//
+// The writes (SetAt, Remove, SetAtFromFile) between two Flush calls form one
+// transaction, begun by the first of them: a crash or a kill before Flush
+// returns leaves every entry as the last Flush left it, or, once Flush has
+// begun, as the whole interval made it; never a mixture. Lookup, GetKeys and
+// LookupToFile on the same object see the pending writes; other connections
+// see the last Flush's state and cannot write until the next one (a large
+// batch may hold off their reads too). Close commits pending writes, so a
+// closed container never loses acknowledged writes.
+//
+// A write that fails leaves its entry as it was and the other pending writes
+// intact. Should SQLite abandon the batch (an I/O error, a full disk), the
+// pending writes are lost and the next Flush or Close reports VT_CF_IO_ERROR.
 class LQ_EXPORT VtCompactFile {
 public:
     VtCompactFile();
@@ -55,10 +66,12 @@ public:
     int Lookup(const ZedaUnicodeString& key, VtByteArray& bytes, long long& size, int flags);
     int SetAt(const ZedaUnicodeString& key, const VtByteArray& bytes, int flags, int reserved1, int reserved2);
     int Remove(const ZedaUnicodeString& key);
-    // Gives unused space back to the file system.
+    // Commits pending writes, then gives unused space back to the file system.
     int Compact();
-    // Makes every write so far durable.
+    // Commits pending writes, durable when it returns.
     int Flush();
+    // Commits pending writes and closes; the object is closed even when that
+    // commit fails (the writes are then lost and VT_CF_IO_ERROR is returned).
     int Close();
 
     bool IsOpen() const;

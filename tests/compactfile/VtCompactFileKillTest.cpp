@@ -1,6 +1,8 @@
-// A writer process is killed with SIGKILL at many moments; after each kill
-// the container must open and hold every entry as it was before the write
-// under way or as that write made it.
+// A writer process is killed with SIGKILL at many moments. Its writes between
+// two Flush calls are one transaction, so after each kill the container must
+// open and hold every entry exactly as the last finished Flush left it, or,
+// when the kill may have come during a Flush, exactly as that whole interval
+// left it.
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -59,9 +61,11 @@ ZedaUnicodeString KeyOf(int k)
 }
 
 struct Ack {
-    std::int32_t k;
+    std::int32_t k;  // flushAck for a finished Flush
     std::uint32_t g;
 };
+constexpr std::int32_t flushAck = -1;
+using Generations = std::array<std::uint32_t, entryCount>;
 
 // The writer's index-th operation in a run. Each run starts at another entry,
 // so that the kills land in small and large writes alike.
@@ -85,83 +89,66 @@ int Apply(VtCompactFile& file, const std::string& scratch, Ack operation)
 }
 
 // The writer: replaces or removes one entry after another, flushing after
-// every round and compacting after every third, and reports each finished
-// operation on `ackFd`, until it is killed.
+// every round of entryCount writes and compacting after every third, and
+// reports each finished write and Flush on `ackFd`, until it is killed.
 [[noreturn]] void RunWriter(const std::string& container, const std::string& scratch, int run, int ackFd)
 {
     VtCompactFile file;
     if (file.Open(ZedaUnicodeString::FromUtf8(container), u"", 4) != VT_CF_OK) _exit(10);
+    const auto report = [ackFd](Ack ack) {
+        if (write(ackFd, &ack, sizeof ack) != static_cast<ssize_t>(sizeof ack)) _exit(12);
+    };
     for (int index = 0;; ++index) {
         const Ack operation = OperationOf(run, index);
         if (Apply(file, scratch, operation) != VT_CF_OK) _exit(11);
-        if (write(ackFd, &operation, sizeof operation) != static_cast<ssize_t>(sizeof operation)) _exit(12);
+        report(operation);
         if ((index + 1) % entryCount != 0) continue;
         if (file.Flush() != VT_CF_OK) _exit(13);
+        report(Ack{flushAck, 0});
         if ((index + 1) % (3 * entryCount) == 0 && file.Compact() != VT_CF_OK) _exit(14);
     }
 }
 
 class CompactFileKillTest : public TempDirTest {
 protected:
-    // Checks the container against the last acknowledged generation of every
-    // entry, allowing the one operation that was under way to have landed.
-    // Returns the generation each entry was found at.
-    std::array<std::uint32_t, entryCount> Verify(const std::array<std::uint32_t, entryCount>& acked, Ack inFlight,
-                                                 int mode, int& inFlightLanded)
+    // Whether the container holds exactly the given generation of every entry
+    // and no other key.
+    bool Holds(int mode, const Generations& expected)
     {
-        std::array<std::uint32_t, entryCount> found = acked;
         VtCompactFile file;
-        const int opened = file.Open(UPathOf("kill.cf"), u"", mode);
-        EXPECT_EQ(opened, VT_CF_OK);
-        if (opened != VT_CF_OK) return found;
+        EXPECT_EQ(file.Open(UPathOf("kill.cf"), u"", mode), VT_CF_OK);
         EXPECT_EQ(file.GetIndexInfo(), VT_CF_INDEX_KEYED);
-        const auto keys = file.GetKeys();
+        std::vector<ZedaUnicodeString> keys;
         for (int k = 0; k < entryCount; ++k) {
-            const bool mayBeNew = inFlight.k == k;
-            const std::optional<Bytes> before = StateOf(k, acked[k]);
-            const std::optional<Bytes> after = mayBeNew ? StateOf(k, inFlight.g) : before;
+            const std::optional<Bytes> state = StateOf(k, expected[k]);
             VtByteArray bytes;
             long long size = 0;
             const int rc = file.Lookup(KeyOf(k), bytes, size, 0);
-            std::optional<Bytes> actual;
-            if (rc == VT_CF_OK)
-                actual = ToBytes(bytes);
-            else
-                EXPECT_EQ(rc, VT_CF_KEY_NOT_FOUND);
-            EXPECT_EQ(std::ranges::count(keys, KeyOf(k)), actual ? 1 : 0);
-            if (actual == before) continue;
-            if (mayBeNew && actual == after) {
-                found[k] = inFlight.g;
-                ++inFlightLanded;
-                continue;
-            }
-            ADD_FAILURE() << "entry " << k << " is torn: " << (actual ? actual->size() : 0) << " bytes, expected gen "
-                          << acked[k] << (mayBeNew ? " or " + std::to_string(inFlight.g) : std::string());
+            if (state ? rc != VT_CF_OK || ToBytes(bytes) != *state : rc != VT_CF_KEY_NOT_FOUND) return false;
+            if (state) keys.push_back(KeyOf(k));
         }
-        std::size_t present = 0;
-        for (int k = 0; k < entryCount; ++k) present += StateOf(k, found[k]) ? 1 : 0;
-        EXPECT_EQ(keys.size(), present);
-        return found;
+        std::ranges::sort(keys);
+        return file.GetKeys() == keys;
     }
 };
 
-TEST_F(CompactFileKillTest, EveryEntryIsOldOrNewAfterSigkill)
+TEST_F(CompactFileKillTest, EachFlushIntervalIsAllOrNothingAfterSigkill)
 {
-    std::array<std::uint32_t, entryCount> acked{};
+    Generations flushed{};
     {
         VtCompactFile file;
         ASSERT_EQ(file.Create(UPathOf("kill.cf"), 32, u"", 4), VT_CF_OK);
         for (int k = 0; k < entryCount; ++k) ASSERT_EQ(file.SetAt(KeyOf(k), ToArray(*StateOf(k, 0)), 0, 0, 0), VT_CF_OK);
     }
 
-    // Each kill waits for a random number of finished writes (up to three
+    // Each kill waits for a random number of acknowledgements (up to three
     // rounds, so flushes and compactions are hit too), then for a delay spread
     // evenly on a log scale from 20 us to 40 ms: kills land in every kind of
     // operation at every depth, however fast the machine is.
     std::mt19937 random(20240611);
-    std::uniform_int_distribution<int> writesBeforeDelay(0, 3 * entryCount);
+    std::uniform_int_distribution<int> acksBeforeDelay(0, 3 * (entryCount + 1));
     std::uniform_real_distribution<double> logDelay(std::log(20e-6), std::log(40e-3));
-    int totalAcks = 0, inFlightLanded = 0;
+    int totalWrites = 0, killsAtFlush = 0, intervalsLanded = 0;
     for (int run = 1; run <= killCount; ++run) {
         int pipeFds[2];
         ASSERT_EQ(pipe(pipeFds), 0);
@@ -173,17 +160,25 @@ TEST_F(CompactFileKillTest, EveryEntryIsOldOrNewAfterSigkill)
         }
         close(pipeFds[1]);
 
-        int acks = 0;
+        int writes = 0, acks = 0, writesSinceFlush = 0;
+        Generations current = flushed;
         const auto takeAck = [&] {
             Ack ack{};
             if (read(pipeFds[0], &ack, sizeof ack) != static_cast<ssize_t>(sizeof ack)) return false;
-            EXPECT_EQ(ack.g, OperationOf(run, acks).g);
-            EXPECT_EQ(ack.k, OperationOf(run, acks).k);
-            acked[ack.k] = ack.g;
             ++acks;
+            if (ack.k == flushAck) {
+                EXPECT_EQ(writesSinceFlush, entryCount);
+                flushed = current;
+                writesSinceFlush = 0;
+                return true;
+            }
+            EXPECT_EQ(ack.k, OperationOf(run, writes).k);
+            current[ack.k] = ack.g;
+            ++writes;
+            ++writesSinceFlush;
             return true;
         };
-        const int wanted = writesBeforeDelay(random);
+        const int wanted = acksBeforeDelay(random);
         while (acks < wanted && takeAck()) {
         }
         std::this_thread::sleep_for(std::chrono::duration<double>(std::exp(logDelay(random))));
@@ -195,15 +190,23 @@ TEST_F(CompactFileKillTest, EveryEntryIsOldOrNewAfterSigkill)
         while (takeAck()) {
         }
         close(pipeFds[0]);
-        totalAcks += acks;
+        totalWrites += writes;
 
-        // Both a reader and a writer must get past what the killed writer left.
+        // Only an interval whose writes all finished can have reached its
+        // Flush. Both a reader and a writer must get past what the killed
+        // writer left.
         const int mode = run % 2 == 0 ? VT_CF_MODE_READ : VT_CF_MODE_READWRITE;
-        acked = Verify(acked, OperationOf(run, acks), mode, inFlightLanded);
-        if (HasFailure()) FAIL() << "after kill " << run << " with " << acks << " writes done";
+        const bool atFlush = writesSinceFlush == entryCount;
+        killsAtFlush += atFlush ? 1 : 0;
+        if (Holds(mode, flushed)) continue;
+        ASSERT_TRUE(atFlush && Holds(mode, current))
+            << "after kill " << run << " with " << writes << " writes done, the container is neither as the last "
+            << "Flush left it" << (atFlush ? " nor as the interval being flushed left it" : "");
+        flushed = current;
+        ++intervalsLanded;
     }
-    std::printf("kills: %d, writes finished: %d, unacknowledged writes found: %d\n", killCount, totalAcks,
-                inFlightLanded);
+    std::printf("kills: %d, writes finished: %d, kills at a Flush: %d, of which found flushed: %d\n", killCount,
+                totalWrites, killsAtFlush, intervalsLanded);
 }
 
 }  // namespace

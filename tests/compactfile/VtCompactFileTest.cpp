@@ -110,6 +110,41 @@ TEST_F(CompactFileTest, OverwriteRemoveAndCompact)
     EXPECT_EQ(LookupBytes(file, u"b"), Pattern(3, 10));
 }
 
+TEST_F(CompactFileTest, WritesUntilFlushAreOneBatchThatAFailedWriteDoesNotSpoil)
+{
+    using Keys = std::vector<ZedaUnicodeString>;
+    MakeContainer("lib.cf", {{u"a", {1}}, {u"b", {2}}});
+    WriteFileBytes(PathOf("in"), Pattern(5, 3000));
+    // A sysfs file claims 4096 bytes and holds fewer: the copy fails after
+    // the value was reserved.
+    const ZedaUnicodeString shortFile = u"/sys/devices/system/cpu/online";
+    VtCompactFile file, reader;
+    ASSERT_EQ(file.Open(UPathOf("lib.cf"), u"", 4), VT_CF_OK);
+    ASSERT_EQ(file.SetAt(u"a", ToArray({3}), 0, 0, 0), VT_CF_OK);
+    ASSERT_EQ(file.Remove(u"b"), VT_CF_OK);
+    ASSERT_EQ(file.SetAtFromFile(u"c", UPathOf("in")), VT_CF_OK);
+    EXPECT_EQ(file.SetAtFromFile(u"a", shortFile), VT_CF_IO_ERROR);
+    EXPECT_EQ(file.SetAtFromFile(u"d", shortFile), VT_CF_IO_ERROR);
+
+    // The writer sees its pending writes, another connection the last Flush.
+    EXPECT_EQ(LookupBytes(file, u"a"), Bytes{3});
+    EXPECT_EQ(file.GetKeys(), (Keys{u"a", u"c"}));
+    ASSERT_EQ(file.LookupToFile(u"c", UPathOf("out")), VT_CF_OK);
+    EXPECT_EQ(ReadFileBytes(PathOf("out")), Pattern(5, 3000));
+    ASSERT_EQ(reader.Open(UPathOf("lib.cf"), u"", 1), VT_CF_OK);
+    EXPECT_EQ(reader.GetKeys(), (Keys{u"a", u"b"}));
+    EXPECT_EQ(LookupBytes(reader, u"a"), Bytes{1});
+    ASSERT_EQ(file.Flush(), VT_CF_OK);
+    EXPECT_EQ(reader.GetKeys(), (Keys{u"a", u"c"}));
+    EXPECT_EQ(LookupBytes(reader, u"a"), Bytes{3});
+
+    // Close commits what came after the last Flush.
+    ASSERT_EQ(file.SetAt(u"e", ToArray({4}), 0, 0, 0), VT_CF_OK);
+    EXPECT_EQ(reader.GetKeys(), (Keys{u"a", u"c"}));
+    ASSERT_EQ(file.Close(), VT_CF_OK);
+    EXPECT_EQ(LookupBytes(reader, u"e"), Bytes{4});
+}
+
 TEST_F(CompactFileTest, KeysAreExactAndSortedByCodeUnits)
 {
     // U+1F600 is a surrogate pair, which sorts before U+FF01 in UTF-16 but after it in UTF-8.
