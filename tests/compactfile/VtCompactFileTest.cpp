@@ -113,14 +113,18 @@ TEST_F(CompactFileTest, OverwriteRemoveAndCompact)
 TEST_F(CompactFileTest, WritesUntilFlushAreOneBatchThatAFailedWriteDoesNotSpoil)
 {
     using Keys = std::vector<ZedaUnicodeString>;
-    MakeContainer("lib.cf", {{u"a", {1}}, {u"b", {2}}});
     WriteFileBytes(PathOf("in"), Pattern(5, 3000));
     // A sysfs file claims 4096 bytes and holds fewer: the copy fails after
     // the value was reserved.
     const ZedaUnicodeString shortFile = u"/sys/devices/system/cpu/online";
     VtCompactFile file, reader;
-    ASSERT_EQ(file.Open(UPathOf("lib.cf"), u"", 4), VT_CF_OK);
+    ASSERT_EQ(file.Create(UPathOf("lib.cf"), 32, u"", 4), VT_CF_OK);
+    ASSERT_EQ(file.SetAt(u"a", ToArray({1}), 0, 0, 0), VT_CF_OK);
+    ASSERT_EQ(file.SetAt(u"b", ToArray({2}), 0, 0, 0), VT_CF_OK);
+    ASSERT_EQ(file.Flush(), VT_CF_OK);
+    EXPECT_FALSE(SideFilesExist("lib.cf"));
     ASSERT_EQ(file.SetAt(u"a", ToArray({3}), 0, 0, 0), VT_CF_OK);
+    EXPECT_TRUE(std::filesystem::exists(PathOf("lib.cf-journal")));  // a batch under way can be undone
     ASSERT_EQ(file.Remove(u"b"), VT_CF_OK);
     ASSERT_EQ(file.SetAtFromFile(u"c", UPathOf("in")), VT_CF_OK);
     EXPECT_EQ(file.SetAtFromFile(u"a", shortFile), VT_CF_IO_ERROR);
@@ -143,6 +147,7 @@ TEST_F(CompactFileTest, WritesUntilFlushAreOneBatchThatAFailedWriteDoesNotSpoil)
     EXPECT_EQ(reader.GetKeys(), (Keys{u"a", u"c"}));
     ASSERT_EQ(file.Close(), VT_CF_OK);
     EXPECT_EQ(LookupBytes(reader, u"e"), Bytes{4});
+    EXPECT_FALSE(SideFilesExist("lib.cf"));
 }
 
 TEST_F(CompactFileTest, KeysAreExactAndSortedByCodeUnits)
