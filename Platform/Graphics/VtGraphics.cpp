@@ -232,10 +232,8 @@ bool VtGraphics::BitBlt(int x, int y, int width, int height, VtGraphics* source,
     if (!area.Intersection({0, 0, size.cx, size.cy}) || !area.Intersection(sourceBounds)) {
         return true;
     }
-    ZedaRect sourceArea = area;
-    sourceArea.Offset(shiftX, shiftY);
-    const gfx::PixelBlock block(view, sourceArea, source->state_->background);
-    return state_->device->Blit(area, block, rop, ClipOf(*state_));
+    const gfx::BlitSource pixelsFrom{view, {area.left + shiftX, area.top + shiftY}, source->state_->background};
+    return state_->device->Blit(area, pixelsFrom, rop, ClipOf(*state_));
 }
 
 namespace {
@@ -296,7 +294,7 @@ bool VtGraphics::DrawImageData(int x, int y, int width, int height, int srcX, in
     const auto sampledHeight = static_cast<int>(rows.sources.size());
     const auto block = gfx::PixelBlock::Sampled(source, columns.sources, rows.sources, state_->background);
     const ZedaRect area{columns.first, rows.first, columns.first + sampledWidth, rows.first + sampledHeight};
-    return state_->device->Blit(area, block, VT_ROP_COPY, ClipOf(*state_));
+    return state_->device->Blit(area, block.Source(), VT_ROP_COPY, ClipOf(*state_));
 }
 
 unsigned int VtGraphics::SetBackgroundColour(unsigned int colour) { return std::exchange(state_->background, colour); }
@@ -383,11 +381,22 @@ VtRgn* VtGraphics::SelectClipRegion(VtRgn* region, int mode)
             next->CombineRegion(next.get(), state_->clip.get(), 1);
         }
     }
-    VtRgn* previous = state_->clip.get();
-    if (state_->clip) {
-        state_->retiredClips.push_back(std::move(state_->clip));
+    State& s = *state_;
+    s.handedBack.resize(std::min(s.handedBack.size(), s.supersededFrom));
+    s.supersededFrom = SIZE_MAX;
+    if (mode == VT_CLIP_REPLACE) {
+        // Selecting back a clip handed out earlier ends every nesting opened
+        // since; those clips go with the next change, so that this call's
+        // caller can still read them.
+        const auto selectedBack = std::find_if(s.handedBack.rbegin(), s.handedBack.rend(),
+                                               [region](const auto& clip) { return clip.get() == region; });
+        if (selectedBack != s.handedBack.rend()) {
+            s.supersededFrom = static_cast<std::size_t>(std::distance(selectedBack, s.handedBack.rend())) - 1;
+        }
     }
-    state_->clip = std::move(next);
+    VtRgn* previous = s.clip.get();
+    s.handedBack.push_back(std::move(s.clip));
+    s.clip = std::move(next);
     return previous;
 }
 

@@ -85,8 +85,14 @@ public:
     void DeviceToLogicalPoints(ZedaPoint* points, int count) const;
 
     // Clipping: mode 1 intersects the clip with `region`, mode 5 replaces it
-    // (null = no clip). The region is copied; the previous clip returned stays
-    // owned by the graphics and valid until the graphics is destroyed.
+    // (null = no clip). The region is copied. The previous clip is returned
+    // (null for none); it stays owned by the graphics and valid until it has
+    // been selected back with mode 5. Handed-out clips form a stack: selecting
+    // one back (or null, back to a null handed out) supersedes it and every
+    // clip handed out after it, including the one that call returns; these
+    // stay readable until the next SelectClipRegion, which releases them.
+    // Properly nested use (narrow, draw, select the returned clip back) keeps
+    // memory bounded; clips never selected back live as long as the graphics.
     VtRgn* SelectClipRegion(VtRgn* region, int mode);
     VtRgn* GetClipRegion() const;
 

@@ -44,8 +44,10 @@ struct VtGraphicsInternals {
 
     static gfx::RasterView View(const VtImage& image);
     static gfx::PixelFormat Format(const VtImage& image);
-    // Allocates width x height pixels of `format`, all bytes 0.
-    static bool Allocate(VtImage& image, int width, int height, gfx::PixelFormat format);
+    // Allocates width x height pixels of `format`, copied from `bits` (rows at
+    // the image's stride) or all bytes 0.
+    static bool Allocate(VtImage& image, int width, int height, gfx::PixelFormat format,
+                         const void* bits = nullptr);
 
     static const cairo_region_t* Region(const VtRgn& rgn);
     static void SetRegion(VtRgn& rgn, gfx::RegionPtr region);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -28,8 +30,11 @@ struct VtGraphics::State {
     unsigned int background = ZEDARGB(255, 255, 255);
 
     std::unique_ptr<VtRgn> clip;
-    // Clips handed back by SelectClipRegion stay valid until the graphics goes.
-    std::vector<std::unique_ptr<VtRgn>> retiredClips;
+    // What each SelectClipRegion handed back (null entries for "no clip"), as
+    // a stack. Selecting one back supersedes it and every later entry; they
+    // are released at the next clip change, from `supersededFrom` on.
+    std::vector<std::unique_ptr<VtRgn>> handedBack;
+    std::size_t supersededFrom = SIZE_MAX;
 
     bool counted = false;
 };

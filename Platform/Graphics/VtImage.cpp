@@ -3,7 +3,9 @@
 #include <cairo.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <new>
 #include <vector>
 
@@ -29,6 +31,111 @@ struct CairoSurfaceDeleter {
     void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
 };
 
+// Large pixel blocks freed by images are kept for the next image of about the
+// same size: the allocator would hand them back to the system on every free
+// and each new image would fault every page in again.
+class PixelPool {
+public:
+    static constexpr std::size_t kSmallest = std::size_t{256} << 10;  // smaller blocks are cheap to allocate
+    static constexpr std::size_t kKept = 4;
+
+    // Never destroyed, so that images living in static storage can still
+    // give their blocks back at exit.
+    static PixelPool& Instance()
+    {
+        static auto* pool = new PixelPool();
+        return *pool;
+    }
+
+    // A block of at least `size` bytes, all 0 when `zeroed`; null when out of memory.
+    unsigned char* Take(std::size_t size, bool zeroed, std::size_t& capacity)
+    {
+        if (unsigned char* reused = Reuse(size, capacity)) {
+            if (zeroed) {
+                std::memset(reused, 0, size);
+            }
+            return reused;
+        }
+        capacity = size;
+        return static_cast<unsigned char*>(zeroed ? std::calloc(size, 1) : std::malloc(size));
+    }
+
+    void Give(unsigned char* data, std::size_t capacity)
+    {
+        if (data == nullptr) {
+            return;
+        }
+        if (capacity >= kSmallest) {
+            const std::lock_guard lock(mutex_);
+            if (kept_.size() == kKept) {
+                std::free(kept_.front().data);
+                kept_.erase(kept_.begin());
+            }
+            kept_.push_back({data, capacity});
+            return;
+        }
+        std::free(data);
+    }
+
+private:
+    struct Block {
+        unsigned char* data;
+        std::size_t capacity;
+    };
+
+    // The most recently kept block that fits without wasting more than half of it.
+    unsigned char* Reuse(std::size_t size, std::size_t& capacity)
+    {
+        if (size < kSmallest) {
+            return nullptr;
+        }
+        const std::lock_guard lock(mutex_);
+        for (auto it = kept_.rbegin(); it != kept_.rend(); ++it) {
+            if (it->capacity >= size && it->capacity / 2 <= size) {
+                unsigned char* data = it->data;
+                capacity = it->capacity;
+                kept_.erase(std::next(it).base());
+                return data;
+            }
+        }
+        return nullptr;
+    }
+
+    std::mutex mutex_;
+    std::vector<Block> kept_;
+};
+
+// The pixel rows of one image, taken from and given back to the pool.
+class PixelBytes {
+public:
+    PixelBytes() = default;
+    PixelBytes(const PixelBytes&) = delete;
+    PixelBytes& operator=(const PixelBytes&) = delete;
+    ~PixelBytes() { PixelPool::Instance().Give(data_, capacity_); }
+
+    bool Allocate(std::size_t size, bool zeroed)
+    {
+        std::size_t capacity = 0;
+        unsigned char* data = PixelPool::Instance().Take(size, zeroed, capacity);
+        if (data == nullptr) {
+            return false;
+        }
+        PixelPool::Instance().Give(data_, capacity_);
+        data_ = data;
+        capacity_ = capacity;
+        size_ = size;
+        return true;
+    }
+
+    unsigned char* data() const { return data_; }
+    std::size_t size() const { return size_; }
+
+private:
+    unsigned char* data_ = nullptr;
+    std::size_t capacity_ = 0;
+    std::size_t size_ = 0;
+};
+
 }  // namespace
 
 struct VtImage::State {
@@ -36,7 +143,7 @@ struct VtImage::State {
     int height = 0;
     int stride = 0;
     gfx::PixelFormat format;
-    std::vector<unsigned char> bits;
+    PixelBytes bits;
     VtPalette palette;
     bool counted = false;
 
@@ -57,17 +164,20 @@ VtImage::~VtImage()
     }
 }
 
-bool VtGraphicsInternals::Allocate(VtImage& image, int width, int height, gfx::PixelFormat format)
+bool VtGraphicsInternals::Allocate(VtImage& image, int width, int height, gfx::PixelFormat format,
+                                   const void* bits)
 {
     const int stride = gfx::StrideFor(width, format.bpp);
     if (width <= 0 || height <= 0 || !gfx::IsSupportedDepth(format.bpp) || stride < 0) {
         return false;
     }
     auto& s = *image.state_;
-    try {
-        s.bits.assign(static_cast<std::size_t>(stride) * static_cast<std::size_t>(height), 0);
-    } catch (const std::bad_alloc&) {
+    const std::size_t size = static_cast<std::size_t>(stride) * static_cast<std::size_t>(height);
+    if (!s.bits.Allocate(size, bits == nullptr)) {
         return false;
+    }
+    if (bits != nullptr) {
+        std::memcpy(s.bits.data(), bits, size);
     }
     s.width = width;
     s.height = height;
@@ -114,15 +224,12 @@ bool VtImage::CreateImage(int width, int height, int planes, int bitsPerPixel, c
     if (gfx::TakeFault(VT_FAULT_CREATE_IMAGE)) {
         return false;
     }
-    if (planes != 1 || !VtGraphicsInternals::Allocate(*this, width, height, {bitsPerPixel, false})) {
+    if (planes != 1 || !VtGraphicsInternals::Allocate(*this, width, height, {bitsPerPixel, false}, bits)) {
         gfx::LogFailure("GIm002", kSource, __LINE__);
         return false;
     }
     if (bitsPerPixel == 8 && palette != nullptr && palette->GetCount() > 0) {
         state_->palette = *palette;
-    }
-    if (bits != nullptr) {
-        std::memcpy(state_->bits.data(), bits, state_->bits.size());
     }
     return true;
 }

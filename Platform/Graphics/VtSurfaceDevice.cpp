@@ -65,13 +65,20 @@ public:
         }
     }
 
-    bool Blit(const ZedaRect& dest, const PixelBlock& block, uint32_t rop, const cairo_region_t* clip) override
+    bool Blit(const ZedaRect& dest, const BlitSource& source, uint32_t rop, const cairo_region_t* clip) override
     {
         const VtImage* image = Current();
         if (image == nullptr || !image->IsCreated()) {
             return false;
         }
-        BlitToRaster(VtGraphicsInternals::View(*image), dest, block, rop, clip);
+        const RasterView target = VtGraphicsInternals::View(*image);
+        if (source.view.data == target.data) {
+            // Within one image the rows read could already have been written.
+            const PixelBlock copy(source, dest.Width(), dest.Height());
+            BlitToRaster(target, dest, copy.Source(), rop, clip);
+        } else {
+            BlitToRaster(target, dest, source, rop, clip);
+        }
         return true;
     }
 
@@ -234,13 +241,14 @@ public:
         commands_.emplace_back(DrawCommand{op, clip != nullptr ? CopyRegion(clip) : nullptr});
     }
 
-    bool Blit(const ZedaRect& dest, const PixelBlock& block, uint32_t rop, const cairo_region_t* clip) override
+    bool Blit(const ZedaRect& dest, const BlitSource& source, uint32_t rop, const cairo_region_t* clip) override
     {
         if (rop == VT_ROP_XOR) {
             LogFailure("GGr011", kSource, __LINE__);
             return false;
         }
-        commands_.emplace_back(BlitCommand{dest, block, rop, clip != nullptr ? CopyRegion(clip) : nullptr});
+        commands_.emplace_back(BlitCommand{dest, PixelBlock(source, dest.Width(), dest.Height()), rop,
+                                           clip != nullptr ? CopyRegion(clip) : nullptr});
         return true;
     }
 
@@ -303,7 +311,7 @@ bool PlayCommand(const Command& command, SurfaceDevice& target, const cairo_regi
     }
     const auto& blit = std::get<BlitCommand>(command);
     RegionPtr combined = IntersectClips(blit.clip.get(), clip);
-    return target.Blit(blit.dest, blit.block, blit.rop, combined.get());
+    return target.Blit(blit.dest, blit.block.Source(), blit.rop, combined.get());
 }
 
 // Keeps the drawing as commands; reading back plays them onto white paper,
@@ -322,9 +330,10 @@ public:
         commands_.emplace_back(DrawCommand{op, clip != nullptr ? CopyRegion(clip) : nullptr});
     }
 
-    bool Blit(const ZedaRect& dest, const PixelBlock& block, uint32_t rop, const cairo_region_t* clip) override
+    bool Blit(const ZedaRect& dest, const BlitSource& source, uint32_t rop, const cairo_region_t* clip) override
     {
-        commands_.emplace_back(BlitCommand{dest, block, rop, clip != nullptr ? CopyRegion(clip) : nullptr});
+        commands_.emplace_back(BlitCommand{dest, PixelBlock(source, dest.Width(), dest.Height()), rop,
+                                           clip != nullptr ? CopyRegion(clip) : nullptr});
         return true;
     }
 
@@ -370,17 +379,18 @@ PixelBlock::PixelBlock(const RasterView& source, int width, int height, uint32_t
 {
 }
 
-PixelBlock::PixelBlock(const RasterView& source, const ZedaRect& area, uint32_t background)
-    : PixelBlock(source, area.Width(), area.Height(), background)
+PixelBlock::PixelBlock(const BlitSource& source, int width, int height)
+    : PixelBlock(source.view, width, height, source.background)
 {
     const RasterView view = View();
+    const ZedaPoint& at = source.origin;
     if (format_.bpp >= 8) {
-        CopyRows(view, source, {0, 0, width_, height_}, -area.left, -area.top);
+        CopyRows(view, source.view, {0, 0, width_, height_}, -at.x, -at.y);
         return;
     }
     for (int y = 0; y < height_; ++y) {
         for (int x = 0; x < width_; ++x) {
-            WriteRaw(view, x, y, ReadRaw(source, area.left + x, area.top + y));
+            WriteRaw(view, x, y, ReadRaw(source.view, at.x + x, at.y + y));
         }
     }
 }
@@ -404,7 +414,7 @@ RasterView PixelBlock::View() const
             format_.bpp == 8 ? &palette_ : nullptr};
 }
 
-void BlitToRaster(const RasterView& target, const ZedaRect& dest, const PixelBlock& block, uint32_t rop,
+void BlitToRaster(const RasterView& target, const ZedaRect& dest, const BlitSource& from, uint32_t rop,
                   const cairo_region_t* clip)
 {
     ZedaRect area = dest;
@@ -415,8 +425,10 @@ void BlitToRaster(const RasterView& target, const ZedaRect& dest, const PixelBlo
     if (clip != nullptr) {
         cairo_region_intersect(visible.get(), clip);
     }
-    const RasterView source = block.View();
-    const PixelConverter convert(source, target, block.Background());
+    const RasterView& source = from.view;
+    const int dx = dest.left - from.origin.x;
+    const int dy = dest.top - from.origin.y;
+    const PixelConverter convert(source, target, from.background);
     const bool plainCopy = convert.IsIdentity() && rop == VT_ROP_COPY && target.format.bpp >= 8;
     const int count = cairo_region_num_rectangles(visible.get());
     for (int i = 0; i < count; ++i) {
@@ -424,12 +436,12 @@ void BlitToRaster(const RasterView& target, const ZedaRect& dest, const PixelBlo
         cairo_region_get_rectangle(visible.get(), i, &r);
         const ZedaRect rect{r.x, r.y, r.x + r.width, r.y + r.height};
         if (plainCopy) {
-            CopyRows(target, source, rect, dest.left, dest.top);
+            CopyRows(target, source, rect, dx, dy);
             continue;
         }
         for (int y = rect.top; y < rect.bottom; ++y) {
             for (int x = rect.left; x < rect.right; ++x) {
-                const uint32_t s = convert(ReadRaw(source, x - dest.left, y - dest.top));
+                const uint32_t s = convert(ReadRaw(source, x - dx, y - dy));
                 WriteRaw(target, x, y, ApplyRop(rop, s, ReadRaw(target, x, y)));
             }
         }

@@ -18,17 +18,27 @@ namespace VTC::gfx {
 
 using ZEDA::ZedaSize;
 
-// A copy of a rectangle of pixels in their own format, with the background
-// colour of the surface they came from (for colour-to-mono blits).
+// Pixels to blit: the source pixel of target pixel (x, y) of the destination
+// rectangle is (x - dest.left + origin.x, y - dest.top + origin.y) of `view`,
+// which the caller guarantees to lie inside it; `background` is the colour of
+// the surface they came from (for colour-to-mono blits).
+struct BlitSource {
+    RasterView view;
+    ZedaPoint origin;
+    uint32_t background;
+};
+
+// A copy of a rectangle of pixels in their own format, for blits whose source
+// does not outlive the call or overlaps the target.
 class PixelBlock {
 public:
-    // `area` must lie inside `source`.
-    PixelBlock(const RasterView& source, const ZedaRect& area, uint32_t background);
+    // A copy of width x height pixels of `source` from its origin.
+    PixelBlock(const BlitSource& source, int width, int height);
     // Pixel (i, j) is the source pixel (columns[i], rows[j]).
     static PixelBlock Sampled(const RasterView& source, const std::vector<int>& columns, const std::vector<int>& rows,
                               uint32_t background);
     RasterView View() const;
-    uint32_t Background() const { return background_; }
+    BlitSource Source() const { return {View(), {0, 0}, background_}; }
     int Width() const { return width_; }
     int Height() const { return height_; }
 
@@ -44,9 +54,9 @@ private:
     uint32_t background_;
 };
 
-// Applies a raster operation from `block` onto `target` at `dest` (the
-// block's size), through `clip`. Parts outside the target are skipped.
-void BlitToRaster(const RasterView& target, const ZedaRect& dest, const PixelBlock& block, uint32_t rop,
+// Applies a raster operation from `source` onto `target` at `dest`, through
+// `clip`. Parts outside the target are skipped.
+void BlitToRaster(const RasterView& target, const ZedaRect& dest, const BlitSource& source, uint32_t rop,
                   const cairo_region_t* clip);
 
 class SurfaceDevice {
@@ -55,7 +65,7 @@ public:
 
     virtual ZedaSize Size() const = 0;
     virtual void Draw(const ShapeOp& op, const cairo_region_t* clip) = 0;
-    virtual bool Blit(const ZedaRect& dest, const PixelBlock& block, uint32_t rop, const cairo_region_t* clip) = 0;
+    virtual bool Blit(const ZedaRect& dest, const BlitSource& source, uint32_t rop, const cairo_region_t* clip) = 0;
     // The pixels as they stand, or null for a surface that cannot be read back.
     virtual const VtImage* ReadBack() = 0;
     // The image the drawing lands on, where there is one.
