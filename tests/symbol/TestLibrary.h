@@ -4,7 +4,13 @@
 // tree. Its stream image is: the format version, the symbol count, each
 // symbol's ID and name, then the root group's record.
 
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
 #include "LqStream.h"
+#include "LqToolkit.h"
 #include "VtSymbol.h"
 #include "VtSymbolGroup.h"
 #include "VtSymbolLib.h"
@@ -12,6 +18,32 @@
 namespace lqtest {
 
 using ZEDA::ZedaUnicodeString;
+using Codes = std::vector<std::string>;
+
+// The log records since the last call, oldest first, as "lib:CODE" or
+// "group:CODE"; each must be at level 300 and carry a line.
+inline Codes TakeLog()
+{
+    auto* log = VTC::VtLogFile::GetInstance(false);
+    Codes codes;
+    for (const auto& record : log->GetRecords()) {
+        EXPECT_EQ(record.level, 300);
+        EXPECT_GT(record.line, 0);
+        const bool fromLib = record.source == "Src/Symbol/VtSymbolLib";
+        EXPECT_TRUE(fromLib || record.source == "Src/Symbol/VtSymbolGroup") << record.source;
+        codes.push_back((fromLib ? "lib:" : "group:") + record.code);
+    }
+    log->ClearRecords();
+    return codes;
+}
+
+// Expects `statement` to leave exactly the log records listed after it.
+#define EXPECT_LOGS(statement, ...)                                                \
+    do {                                                                           \
+        lqtest::TakeLog();                                                         \
+        statement;                                                                 \
+        EXPECT_EQ(lqtest::TakeLog(), (lqtest::Codes{__VA_ARGS__})) << #statement; \
+    } while (false)
 
 class TestSymbol : public VTC::VtSymbol {
 public:
@@ -42,37 +74,19 @@ public:
     unsigned char LoadFromStream(VTC::VtStream& stream, unsigned char /*flag*/) override
     {
         RemoveAll();
-        int fileVersion = 0;
-        if (!stream.ReadInt(fileVersion))
-            return 0;
-        version = static_cast<unsigned int>(fileVersion);
-        if (!ReadSymbols(stream, [this](TestSymbol* symbol) { InsertAt(-1, symbol); }))
-            return 0;
-        rootGroup->Clear();
-        rootGroup->Load(stream, version);
-        return stream.IsFailed() ? 0 : 1;
+        return ReadImage(stream, false);
     }
 
-    // Appends the symbols to the root group; the stored group tree is skipped
-    // because appended symbols may have been renumbered.
+    // Appended symbols may be renumbered, so their stored group tree is skipped.
     unsigned char AppendFromStream(VTC::VtStream& stream, unsigned char /*flag*/) override
     {
-        int fileVersion = 0;
-        if (!stream.ReadInt(fileVersion))
-            return 0;
-        if (!ReadSymbols(stream, [this](TestSymbol* symbol) { AddSymbol(symbol, nullptr); }))
-            return 0;
-        VTC::VtSymbolGroup skipped(this);
-        skipped.Load(stream, static_cast<unsigned int>(fileVersion));
-        return stream.IsFailed() ? 0 : 1;
+        return ReadImage(stream, true);
     }
 
     unsigned char SaveToStream(VTC::VtStream& stream, unsigned int fileVersion, unsigned char /*flag*/) override
     {
-        const int storedVersion = static_cast<int>(fileVersion);
-        stream.WriteInt(storedVersion);
-        const int count = GetSymbolCount();
-        stream.WriteInt(count);
+        stream.WriteInt(static_cast<int>(fileVersion));
+        stream.WriteInt(GetSymbolCount());
         for (int id : idList) {
             stream.WriteInt(id);
             stream << symbols.at(id)->name;
@@ -85,32 +99,38 @@ public:
 
     void SetCachePath(const ZedaUnicodeString& path) override
     {
-        const ZedaUnicodeString newPath(path);  // `path` may be `cachePath` itself
-        cachePath = newPath;
+        cachePath = ZedaUnicodeString(path);  // copied first: `path` may be `cachePath` itself
     }
 
     const std::vector<int>& IdList() const { return idList; }
 
 private:
-    // Reads the count and the symbols, handing each to `take`. Stops at a
-    // count the rest of the stream cannot hold (8 bytes per symbol at least).
-    template <typename Take>
-    static bool ReadSymbols(VTC::VtStream& stream, Take take)
+    // Stops at a symbol count that the rest of the stream cannot hold (8 bytes a symbol at least).
+    unsigned char ReadImage(VTC::VtStream& stream, bool append)
     {
+        int fileVersion = 0;
         int count = 0;
-        if (!stream.ReadInt(count) || count < 0 || count > stream.GetRemaining() / 8)
-            return false;
+        if (!stream.ReadInt(fileVersion) || !stream.ReadInt(count) || count < 0 || count > stream.GetRemaining() / 8)
+            return 0;
+        if (!append)
+            version = static_cast<unsigned int>(fileVersion);
         for (int i = 0; i < count; ++i) {
             int id = 0;
             ZedaUnicodeString symbolName;
-            if (!stream.ReadInt(id))
-                return false;
+            stream.ReadInt(id);
             stream >> symbolName;
             if (stream.IsFailed())
-                return false;
-            take(new TestSymbol(id, symbolName));
+                return 0;
+            if (append)
+                AddSymbol(new TestSymbol(id, symbolName), nullptr);
+            else
+                InsertAt(-1, new TestSymbol(id, symbolName));
         }
-        return true;
+        VTC::VtSymbolGroup skipped(this);
+        VTC::VtSymbolGroup* tree = append ? &skipped : rootGroup;
+        tree->Clear();
+        tree->Load(stream, static_cast<unsigned int>(fileVersion));
+        return stream.IsFailed() ? 0 : 1;
     }
 
     int libType_;
