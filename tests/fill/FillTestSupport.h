@@ -14,20 +14,21 @@
 
 namespace FillTest {
 
-using VTC::VtEspecialFill;
-using VTC::VtGraphics;
-using VTC::VtGraphicsManager;
-using VTC::VtImage;
-using ZEDA::ZedaPoint;
-using ZEDA::ZedaRect;
-using ZEDA::ZedaSize;
-
+using namespace VTC;
+using namespace ZEDA;
 using Surface = std::unique_ptr<VtGraphics>;
 using Image = std::unique_ptr<VtImage>;
 
-inline Surface Window(int width, int height, int bits = 32)
+constexpr unsigned int kFrom = ZEDARGB(0, 10, 200);
+constexpr unsigned int kTo = ZEDARGB(240, 130, 20);
+constexpr unsigned int kInk = ZEDARGB(20, 140, 250);
+constexpr unsigned int kPaper = ZEDARGB(100, 50, 10);
+
+inline Surface Window(int width, int height, int bits = 32, unsigned int colour = kPaper)
 {
-    return Surface(VtGraphicsManager::CreateWindowGraphics(width, height, bits));
+    Surface surface(VtGraphicsManager::CreateWindowGraphics(width, height, bits));
+    surface->GetTargetImage()->Fill(colour);
+    return surface;
 }
 
 // An image in the surface's format, every pixel `colour`.
@@ -39,12 +40,11 @@ inline Image ImageFor(VtGraphics* surface, int width, int height, unsigned int c
     return image;
 }
 
-// Fills an image with varied bytes, so that every blend is visible.
+// Varied bytes, so that every blend is visible.
 inline void Scramble(VtImage* image, unsigned seed)
 {
     unsigned char* bits = image->GetBitsPointer();
-    const std::size_t bytes = static_cast<std::size_t>(image->GetRowBytes()) * image->GetHeight();
-    for (std::size_t i = 0; i < bytes; ++i)
+    for (std::size_t i = 0; i < static_cast<std::size_t>(image->GetRowBytes()) * image->GetHeight(); ++i)
         bits[i] = static_cast<unsigned char>((i * 37 + seed * 101 + (i >> 7) * 13) & 0xFF);
 }
 
@@ -54,7 +54,6 @@ inline std::vector<unsigned char> BytesOf(const VtImage* image)
     return {bits, bits + static_cast<std::size_t>(image->GetRowBytes()) * image->GetHeight()};
 }
 
-// The raw bytes of pixel (x, y) of an image.
 inline std::vector<unsigned char> PixelBytes(const VtImage* image, int x, int y)
 {
     const int bytes = image->GetBitsPerPixel() / 8;
@@ -63,11 +62,7 @@ inline std::vector<unsigned char> PixelBytes(const VtImage* image, int x, int y)
 }
 
 inline unsigned int Rgb(unsigned int colour) { return colour & 0x00FFFFFFu; }
-
-inline unsigned int PixelAt(VtGraphics* surface, int x, int y)
-{
-    return Rgb(surface->GetTargetImage()->GetPixelColour(x, y));
-}
+inline unsigned int PixelAt(VtGraphics* s, int x, int y) { return Rgb(s->GetTargetImage()->GetPixelColour(x, y)); }
 
 // A byte of s over d at transparency t, in the renderer's double formula.
 inline unsigned char Blend(unsigned s, unsigned d, int t)
@@ -85,45 +80,31 @@ inline unsigned int Blended(unsigned int colour, unsigned int under, int t)
 inline std::vector<std::string> RendererLog()
 {
     std::vector<std::string> codes;
-    for (const auto& record : VTC::VtLogFile::GetInstance(false)->GetRecords())
+    for (const auto& record : VtLogFile::GetInstance(false)->GetRecords())
         if (record.source == "Src/Symbol/VtEspecialFill")
             codes.push_back(std::to_string(record.level) + ":" + record.code);
     return codes;
 }
 
-// The parts of a surface that the renderer must leave as it found them.
+// What the renderer must leave as it found it: mode, origin, clip and selections.
 struct SurfaceState {
     int mode = 0;
     ZedaPoint origin;
     ZedaRect clipBounds;
-    VTC::VtPen* pen = nullptr;
-    VTC::VtBrush* brush = nullptr;
+    VtPen* pen = nullptr;
+    VtBrush* brush = nullptr;
     friend bool operator==(const SurfaceState&, const SurfaceState&) = default;
 };
 
-inline SurfaceState StateOf(VtGraphics* surface)
+inline SurfaceState StateOf(VtGraphics* s)
 {
-    SurfaceState state;
-    state.mode = surface->GetCoordinateMode();
-    state.origin = surface->GetOrigin();
-    if (surface->GetClipRegion() != nullptr)
-        state.clipBounds = surface->GetClipRegion()->GetBoundingRect();
-    state.pen = surface->SelectPen(nullptr);
-    surface->SelectPen(state.pen);
-    state.brush = surface->SelectBrush(nullptr);
-    surface->SelectBrush(state.brush);
+    const VtRgn* clip = s->GetClipRegion();
+    SurfaceState state{s->GetCoordinateMode(), s->GetOrigin(), clip ? clip->GetBoundingRect() : ZedaRect(),
+                       s->SelectPen(nullptr), s->SelectBrush(nullptr)};
+    s->SelectPen(state.pen);
+    s->SelectBrush(state.brush);
     return state;
 }
-
-// A pen and a brush of the test's own, selected while it lives, so that a
-// renderer that does not put back what it found is seen.
-struct OwnSelection {
-    explicit OwnSelection(VtGraphics* s) : surface(s) { s->SelectPen(pen.get()); s->SelectBrush(brush.get()); }
-    ~OwnSelection() { surface->SelectPen(nullptr); surface->SelectBrush(nullptr); }
-    VtGraphics* surface;
-    std::unique_ptr<VTC::VtPen> pen{VtGraphicsManager::NewPen(0)};
-    std::unique_ptr<VTC::VtBrush> brush{VtGraphicsManager::NewBrush(0)};
-};
 
 // Each test starts with an empty log, no pending faults and a 1920 x 1080
 // screen, and checks that everything the renderer made is gone by the end.
@@ -132,37 +113,22 @@ protected:
     void SetUp() override
     {
         VtGraphicsManager::ClearFaults();
-        ClearLog();
-        VTC::VtToolkit::SetScreenSize(1920, 1080);
+        VtLogFile::GetInstance(false)->ClearRecords();
+        VtToolkit::SetScreenSize(1920, 1080);
         live_ = VtGraphicsManager::GetLiveObjectCount();
     }
     void TearDown() override
     {
         VtGraphicsManager::ClearFaults();
-        VTC::VtToolkit::ResetScreenSize();
+        VtToolkit::ResetScreenSize();
         EXPECT_EQ(VtGraphicsManager::GetLiveObjectCount(), live_) << "objects leaked by the renderer";
     }
-    static void ClearLog() { VTC::VtLogFile::GetInstance(false)->ClearRecords(); }
 
 private:
     int live_ = 0;
 };
 
-// True when `call` makes exactly `count` graphics through the manager: the
-// fault waits for call count + 1 and is then met by a probe.
-template <typename Call>
-bool MakesExactlyGraphics(int count, Call call)
-{
-    VtGraphicsManager::InjectFault(VTC::VT_FAULT_NEW_GRAPHICS, count);
-    call();
-    const Surface probe(VtGraphicsManager::NewGraphics(0));
-    VtGraphicsManager::ClearFaults();
-    return probe == nullptr;
-}
-
 using Generator = VtImage* (*)(VtGraphics*, const ZedaRect&);
-constexpr unsigned int kFrom = ZEDARGB(0, 10, 200);
-constexpr unsigned int kTo = ZEDARGB(240, 130, 20);
 
 // The four gradient generators with one set of colours, offsets and angle.
 inline const std::vector<Generator>& Generators()

@@ -11,6 +11,7 @@
 using VTC::VtEspecialFill;
 namespace detail = VTC::EspecialFillDetail;
 using Bytes4 = std::array<unsigned char, 4>;
+using Bytes8 = std::array<unsigned char, 8>;
 
 namespace {
 
@@ -26,52 +27,37 @@ unsigned char DoubleFill(unsigned old, unsigned colour, int t)
 }
 
 unsigned Load16(const unsigned char* p) { return p[0] | (p[1] << 8); }
-
-void Store16(unsigned char* p, unsigned v)
-{
-    p[0] = static_cast<unsigned char>(v);
-    p[1] = static_cast<unsigned char>(v >> 8);
-}
+void Store16(unsigned char* p, unsigned v) { p[0] = static_cast<unsigned char>(v), p[1] = static_cast<unsigned char>(v >> 8); }
 
 }  // namespace
 
-TEST(PixelAccess, ThirtyTwoTwentyFourAndUnknownDepths)
+TEST(PixelAccess, EveryLayoutAndUnknownDepths)
 {
     unsigned char pixel[4] = {9, 9, 9, 9};
     unsigned char b = 7, g = 7, r = 7, a = 7;
     VtEspecialFill::SetPixel(8, pixel, 1, 2, 3, 4);
     VtEspecialFill::GetPixel(1, pixel, b, g, r, a);
-    EXPECT_EQ((Bytes4{pixel[0], pixel[1], pixel[2], pixel[3]}), (Bytes4{9, 9, 9, 9}));
-    EXPECT_EQ((Bytes4{b, g, r, a}), (Bytes4{7, 7, 7, 7}));
-
+    EXPECT_EQ((Bytes8{pixel[0], pixel[1], pixel[2], pixel[3], b, g, r, a}), (Bytes8{9, 9, 9, 9, 7, 7, 7, 7}));
     VtEspecialFill::SetPixel(24, pixel, 10, 20, 30, 40);
-    EXPECT_EQ((Bytes4{pixel[0], pixel[1], pixel[2], pixel[3]}), (Bytes4{10, 20, 30, 9}));
     VtEspecialFill::GetPixel(24, pixel, b, g, r, a);
-    EXPECT_EQ((Bytes4{b, g, r, a}), (Bytes4{10, 20, 30, 7}));
-
+    EXPECT_EQ((Bytes8{pixel[0], pixel[1], pixel[2], pixel[3], b, g, r, a}), (Bytes8{10, 20, 30, 9, 10, 20, 30, 7}));
     VtEspecialFill::SetPixel(32, pixel, 1, 2, 3, 4);
     unsigned int value = 0;
     std::memcpy(&value, pixel, 4);
     EXPECT_EQ(value, ZEDARGBA(3, 2, 1, 4));
     VtEspecialFill::GetPixel(32, pixel, b, g, r, a);
     EXPECT_EQ((Bytes4{b, g, r, a}), (Bytes4{1, 2, 3, 4}));
-}
-
-TEST(PixelAccess, SixteenBitsKeepBlueHighAndRedLow)
-{
-    // Only the low five bits of blue and red and six of green survive.
-    unsigned char pixel[2] = {0, 0};
+    // 16 bits: blue high, red low; only five bits of blue and red and six of green survive.
     VtEspecialFill::SetPixel(16, pixel, 0x3F, 0xC1, 0xE2, 0);
     EXPECT_EQ(Load16(pixel), (0x1Fu << 11) | (0x01u << 5) | 0x02u);
     for (unsigned v = 0; v < 0x10000; ++v) {
-        unsigned char packed[2];
+        unsigned char packed[2], again[2];
         Store16(packed, v);
-        unsigned char b = 0, g = 0, r = 0, a = 5;
-        VtEspecialFill::GetPixel(16, packed, b, g, r, a);
+        Store16(again, ~v);
+        VtEspecialFill::GetPixel(16, packed, b, g, r, a = 5);
         ASSERT_EQ((Bytes4{b, g, r, a}), (Bytes4{static_cast<unsigned char>(v >> 11),
                                                 static_cast<unsigned char>((v >> 5) & 0x3F),
                                                 static_cast<unsigned char>(v & 0x1F), 5}));
-        unsigned char again[2] = {static_cast<unsigned char>(~packed[0]), static_cast<unsigned char>(~packed[1])};
         VtEspecialFill::SetPixel(16, again, b, g, r, a);
         ASSERT_EQ(Load16(again), v);
     }
@@ -117,10 +103,8 @@ TEST(BlendKernels, EveryPathMatchesTheFormulaAndForcesTheFourthByte)
     // Every (source, target) byte pair once, plus a tail that is not a whole vector.
     constexpr std::size_t kCount = 65536 + 28;
     std::vector<unsigned char> source(kCount), original(kCount);
-    for (std::size_t i = 0; i < kCount; ++i) {
-        source[i] = static_cast<unsigned char>(i);
-        original[i] = static_cast<unsigned char>((i >> 8) ^ (i * 7));
-    }
+    for (std::size_t i = 0; i < kCount; ++i)
+        source[i] = static_cast<unsigned char>(i), original[i] = static_cast<unsigned char>((i >> 8) ^ (i * 7));
     for (const auto& [name, kernel] : kernels)
         for (int t = 0; t <= 100; ++t) {
             std::vector<unsigned char> colour = original, all = original;
@@ -134,39 +118,12 @@ TEST(BlendKernels, EveryPathMatchesTheFormulaAndForcesTheFourthByte)
         }
 }
 
-TEST(BlendKernels, ConstantBlendOfThreeAndFourBytePixels)
-{
-    const std::uint32_t keep4 = detail::ColourBytesMask32();
-    for (std::size_t pixelBytes : {3u, 4u}) {
-        const std::uint32_t keep = pixelBytes == 4 ? keep4 : 0xFFFFFFFFu;
-        unsigned char keepBytes[4];
-        std::memcpy(keepBytes, &keep, 4);
-        // 256 pixels whose bytes all hold the pixel's index, and a ragged tail.
-        const std::size_t count = 261 * pixelBytes;
-        for (int t = 0; t <= 100; ++t)
-            for (unsigned c = 0; c < 256; c += 3) {
-                const unsigned char colour[4] = {static_cast<unsigned char>(c), static_cast<unsigned char>(255 - c),
-                                                 static_cast<unsigned char>(c ^ 0x5A), static_cast<unsigned char>(c / 2)};
-                std::vector<unsigned char> pixels(count);
-                for (std::size_t i = 0; i < count; ++i)
-                    pixels[i] = static_cast<unsigned char>(i / pixelBytes);
-                detail::ConstantBlend(colour, pixelBytes, static_cast<unsigned>(t), keep).Apply(pixels.data(), count);
-                for (std::size_t i = 0; i < count; ++i)
-                    ASSERT_EQ(pixels[i], DoubleFill(i / pixelBytes & 0xFF, colour[i % pixelBytes], t) &
-                                             keepBytes[i % pixelBytes])
-                        << pixelBytes << ' ' << t << ' ' << c << ' ' << i;
-            }
-    }
-}
-
 TEST(BlendKernels, SixteenBitFieldsBlendSeparately)
 {
     constexpr std::size_t kPixels = 65536;
     std::vector<unsigned char> source(2 * kPixels), original(2 * kPixels);
-    for (std::size_t i = 0; i < kPixels; ++i) {
-        Store16(&source[2 * i], static_cast<unsigned>(i));
-        Store16(&original[2 * i], static_cast<unsigned>(i * 40503u));
-    }
+    for (std::size_t i = 0; i < kPixels; ++i)
+        Store16(&source[2 * i], static_cast<unsigned>(i)), Store16(&original[2 * i], static_cast<unsigned>(i * 40503u));
     for (int t : {0, 1, 33, 40, 50, 67, 99, 100}) {
         const auto field = [&](unsigned s, unsigned d) { return s * (100 - t) / 100 + d * t / 100; };
         std::vector<unsigned char> blended = original, filled = original;
@@ -174,11 +131,11 @@ TEST(BlendKernels, SixteenBitFieldsBlendSeparately)
         detail::FillPixels16(filled.data(), kPixels, 31, 17, 5, static_cast<unsigned>(t));
         for (std::size_t i = 0; i < kPixels; ++i) {
             const unsigned s = Load16(&source[2 * i]), d = Load16(&original[2 * i]);
-            ASSERT_EQ(Load16(&blended[2 * i]), (field(s >> 11, d >> 11) << 11) |
-                                                   (field((s >> 5) & 63, (d >> 5) & 63) << 5) | field(s & 31, d & 31))
+            ASSERT_EQ(Load16(&blended[2 * i]),
+                      (field(s >> 11, d >> 11) << 11) | (field((s >> 5) & 63, (d >> 5) & 63) << 5) | field(s & 31, d & 31))
                 << t << ' ' << i;
-            ASSERT_EQ(Load16(&filled[2 * i]), (DoubleFill(d >> 11, 31, t) << 11) |
-                                                  (DoubleFill((d >> 5) & 63, 17, t) << 5) | DoubleFill(d & 31, 5, t))
+            ASSERT_EQ(Load16(&filled[2 * i]),
+                      (DoubleFill(d >> 11, 31, t) << 11) | (DoubleFill((d >> 5) & 63, 17, t) << 5) | DoubleFill(d & 31, 5, t))
                 << t << ' ' << i;
         }
     }
