@@ -49,7 +49,8 @@ enum VtCompactFileIndexInfo : int {
 //
 // A write that fails leaves its entry as it was and the other pending writes
 // intact. Should SQLite abandon the batch (an I/O error, a full disk), the
-// pending writes are lost and the next Flush or Close reports VT_CF_IO_ERROR.
+// pending writes are lost and the next Flush, Compact or Close reports
+// VT_CF_IO_ERROR.
 class LQ_EXPORT VtCompactFile {
 public:
     VtCompactFile();

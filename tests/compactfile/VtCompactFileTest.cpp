@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sqlite3.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -148,6 +150,30 @@ TEST_F(CompactFileTest, WritesUntilFlushAreOneBatchThatAFailedWriteDoesNotSpoil)
     ASSERT_EQ(file.Close(), VT_CF_OK);
     EXPECT_EQ(LookupBytes(reader, u"e"), Bytes{4});
     EXPECT_FALSE(SideFilesExist("lib.cf"));
+}
+
+TEST_F(CompactFileTest, ABatchThatSqliteAbandonsIsReportedByTheNextFlush)
+{
+    VtCompactFile file;
+    ASSERT_EQ(file.Create(UPathOf("lib.cf"), 32, u"", 4), VT_CF_OK);
+    ASSERT_EQ(file.SetAt(u"a", ToArray({1}), 0, 0, 0), VT_CF_OK);
+    // A file size limit fails the large value's spill as a full disk would.
+    const auto oldHandler = signal(SIGXFSZ, SIG_IGN);
+    rlimit old{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
+    rlimit limited = old;
+    limited.rlim_cur = std::filesystem::file_size(PathOf("lib.cf")) + 65536;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
+    const int big = file.SetAt(u"big", ToArray(Pattern(1, 8 << 20)), 0, 0, 0);
+    setrlimit(RLIMIT_FSIZE, &old);
+    signal(SIGXFSZ, oldHandler);
+    EXPECT_EQ(big, VT_CF_IO_ERROR);
+
+    // "a" went with the batch: the next batch commits, and its Flush says so.
+    ASSERT_EQ(file.SetAt(u"b", ToArray({2}), 0, 0, 0), VT_CF_OK);
+    EXPECT_EQ(file.Flush(), VT_CF_IO_ERROR);
+    EXPECT_EQ(file.Flush(), VT_CF_OK);
+    EXPECT_EQ(file.GetKeys(), std::vector<ZedaUnicodeString>{u"b"});
 }
 
 TEST_F(CompactFileTest, KeysAreExactAndSortedByCodeUnits)
