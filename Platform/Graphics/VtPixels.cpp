@@ -141,19 +141,30 @@ void WriteRaw(const RasterView& view, int x, int y, uint32_t raw)
 
 void FillSpan(const RasterView& view, int y, int x0, int x1, uint32_t raw)
 {
-    if (view.format.bpp == 32) {
-        unsigned char* p = view.Row(y) + 4 * static_cast<std::ptrdiff_t>(x0);
-        for (int x = x0; x < x1; ++x, p += 4) {
-            std::memcpy(p, &raw, 4);
+    if (x1 <= x0) {
+        return;
+    }
+    unsigned char* row = view.Row(y);
+    const auto count = static_cast<std::size_t>(x1 - x0);
+    switch (view.format.bpp) {
+    case 32: {
+        // Rows start on 4-byte boundaries, so the pixels can be written as words.
+        auto* p = reinterpret_cast<uint32_t*>(row) + x0;
+        std::fill_n(p, count, raw);
+        return;
+    }
+    case 16: {
+        auto* p = reinterpret_cast<uint16_t*>(row) + x0;
+        std::fill_n(p, count, static_cast<uint16_t>(raw));
+        return;
+    }
+    case 8:
+        std::memset(row + x0, static_cast<int>(raw & 0xFF), count);
+        return;
+    default:
+        for (int x = x0; x < x1; ++x) {
+            WriteRaw(view, x, y, raw);
         }
-        return;
-    }
-    if (view.format.bpp == 8) {
-        std::memset(view.Row(y) + x0, static_cast<int>(raw & 0xFF), static_cast<std::size_t>(x1 - x0));
-        return;
-    }
-    for (int x = x0; x < x1; ++x) {
-        WriteRaw(view, x, y, raw);
     }
 }
 

@@ -188,29 +188,214 @@ ZedaRect ShapeBounds(const ShapeOp& op)
     return bounds;
 }
 
+namespace {
+
+// cairo's own layout of 16- and 32-bit pixels is the platform's, so shapes
+// can be drawn into those rasters directly.
+std::optional<cairo_format_t> CairoFormatOf(const RasterView& target)
+{
+    if (target.format.bpp == 32) {
+        return CAIRO_FORMAT_ARGB32;
+    }
+    if (target.format.bpp == 16) {
+        return CAIRO_FORMAT_RGB16_565;
+    }
+    return std::nullopt;
+}
+
+// A cairo context on the raster last drawn into directly, kept per thread:
+// consecutive shapes on one raster are the common case.
+class DirectCanvas {
+public:
+    DirectCanvas() = default;
+    DirectCanvas(const DirectCanvas&) = delete;
+    DirectCanvas& operator=(const DirectCanvas&) = delete;
+    ~DirectCanvas() { Release(); }
+
+    // A context in device pixels with no clip, or null when cairo fails.
+    cairo_t* On(const RasterView& target, cairo_format_t format)
+    {
+        if (target.data != data_ || target.width != width_ || target.height != height_ ||
+            target.stride != stride_ || format != format_ || context_ == nullptr) {
+            Release();
+            surface_ =
+                cairo_image_surface_create_for_data(target.data, format, target.width, target.height, target.stride);
+            context_ = cairo_create(surface_);
+            data_ = target.data;
+            width_ = target.width;
+            height_ = target.height;
+            stride_ = target.stride;
+            format_ = format;
+            cairo_set_antialias(context_, CAIRO_ANTIALIAS_NONE);
+            cairo_set_operator(context_, CAIRO_OPERATOR_SOURCE);
+        }
+        if (cairo_status(context_) != CAIRO_STATUS_SUCCESS) {
+            Release();
+            return nullptr;
+        }
+        cairo_reset_clip(context_);
+        cairo_identity_matrix(context_);
+        return context_;
+    }
+
+private:
+    void Release()
+    {
+        if (context_ != nullptr) {
+            cairo_destroy(context_);
+            cairo_surface_destroy(surface_);
+        }
+        context_ = nullptr;
+        surface_ = nullptr;
+        data_ = nullptr;
+    }
+
+    cairo_surface_t* surface_ = nullptr;
+    cairo_t* context_ = nullptr;
+    const unsigned char* data_ = nullptr;
+    int width_ = 0;
+    int height_ = 0;
+    int stride_ = 0;
+    cairo_format_t format_ = CAIRO_FORMAT_INVALID;
+};
+
+void PaintDirectly(const RasterView& target, cairo_format_t format, const ShapeOp& op, Pass pass, uint32_t colour,
+                   const cairo_region_t* clip, const ZedaRect& area)
+{
+    thread_local DirectCanvas canvas;
+    cairo_t* cr = canvas.On(target, format);
+    if (cr == nullptr) {
+        return;
+    }
+    cairo_new_path(cr);
+    if (clip != nullptr) {
+        AppendRegionPath(cr, clip, area);
+    } else {
+        TraceRect(cr, area.left, area.top, area.right, area.bottom);
+    }
+    cairo_clip(cr);
+    cairo_translate(cr, -kEdgeBias, -kEdgeBias);
+    SetColour(cr, colour);
+    if (TracePass(cr, op, pass)) {
+        cairo_stroke(cr);
+    } else {
+        cairo_fill(cr);
+    }
+}
+
+void PaintThroughMask(const RasterView& target, const ShapeOp& op, Pass pass, uint32_t colour,
+                      const cairo_region_t* clip, const ZedaRect& area)
+{
+    MaskSurface mask(area);
+    if (!mask.IsValid()) {
+        return;
+    }
+    cairo_t* cr = mask.Context();
+    if (clip != nullptr) {
+        mask.Clip(clip);
+    }
+    cairo_translate(cr, -kEdgeBias, -kEdgeBias);
+    if (TracePass(cr, op, pass)) {
+        cairo_stroke(cr);
+    } else {
+        cairo_fill(cr);
+    }
+    const uint32_t raw = DrawingRaw(target, colour);
+    mask.ForEachRun([&](int y, int x0, int x1) { FillSpan(target, y, x0, x1, raw); });
+}
+
+// The pixels a butt-capped line of `width` covers when it is horizontal or
+// vertical: pixel centres within half the width of a path through pixel
+// centres, the first pixel in and the last out.
+std::optional<ZedaRect> AxisLineBox(const ZedaPoint& from, const ZedaPoint& to, int width)
+{
+    const auto along = [](int a, int b) { return a < b ? std::pair{a, b} : std::pair{b + 1, a + 1}; };
+    const auto across = [width](int v) { return std::pair{v - width / 2, v - width / 2 + width}; };
+    if (from.y == to.y) {
+        const auto [left, right] = along(from.x, to.x);
+        const auto [top, bottom] = across(from.y);
+        return ZedaRect{left, top, right, bottom};
+    }
+    if (from.x == to.x) {
+        const auto [top, bottom] = along(from.y, to.y);
+        const auto [left, right] = across(from.x);
+        return ZedaRect{left, top, right, bottom};
+    }
+    return std::nullopt;
+}
+
+// What a pass covers when that is a few axis-parallel boxes (interiors and
+// outlines of rectangles, horizontal and vertical lines), worked out with
+// the rules cairo follows for them; nothing when cairo has to rasterise.
+std::optional<std::vector<ZedaRect>> BoxesOf(const ShapeOp& op, Pass pass)
+{
+    const ZedaRect& b = op.bounds;
+    if (op.kind == ShapeOp::Kind::Rectangle && pass == Pass::Interior) {
+        return std::vector<ZedaRect>{b};
+    }
+    const double width = op.stroke ? op.stroke->width : 0.0;
+    const auto pen = static_cast<int>(width);
+    if (pass != Pass::Outline || pen != width) {
+        return std::nullopt;
+    }
+    if (op.kind == ShapeOp::Kind::Line) {
+        if (auto box = AxisLineBox(op.points[0], op.points[1], pen)) {
+            return std::vector<ZedaRect>{*box};
+        }
+        return std::nullopt;
+    }
+    if (op.kind != ShapeOp::Kind::Rectangle) {
+        return std::nullopt;
+    }
+    if (pen >= std::min(b.Width(), b.Height())) {
+        return std::vector<ZedaRect>{b};  // the pen covers the whole rectangle
+    }
+    return std::vector<ZedaRect>{{b.left, b.top, b.right, b.top + pen},
+                                 {b.left, b.bottom - pen, b.right, b.bottom},
+                                 {b.left, b.top + pen, b.left + pen, b.bottom - pen},
+                                 {b.right - pen, b.top + pen, b.right, b.bottom - pen}};
+}
+
+void FillBoxes(const RasterView& target, const std::vector<ZedaRect>& boxes, uint32_t colour,
+               const cairo_region_t* clip)
+{
+    const uint32_t raw = DrawingRaw(target, colour);
+    for (ZedaRect box : boxes) {
+        if (!box.Intersection(target.Bounds())) {
+            continue;
+        }
+        RegionPtr visible = MakeRegion(box);
+        if (clip != nullptr) {
+            cairo_region_intersect(visible.get(), clip);
+        }
+        const int count = cairo_region_num_rectangles(visible.get());
+        for (int i = 0; i < count; ++i) {
+            cairo_rectangle_int_t r;
+            cairo_region_get_rectangle(visible.get(), i, &r);
+            for (int y = r.y; y < r.y + r.height; ++y) {
+                FillSpan(target, y, r.x, r.x + r.width, raw);
+            }
+        }
+    }
+}
+
+}  // namespace
+
 void PaintShape(const RasterView& target, const ShapeOp& op, const cairo_region_t* clip)
 {
     ZedaRect area = ShapeBounds(op);
     if (!area.Intersection(target.Bounds()) || (clip != nullptr && !area.Intersection(RegionExtents(clip)))) {
         return;
     }
+    const std::optional<cairo_format_t> format = CairoFormatOf(target);
     for (const auto& [pass, colour] : PassesOf(op)) {
-        MaskSurface mask(area);
-        if (!mask.IsValid()) {
-            return;
-        }
-        cairo_t* cr = mask.Context();
-        if (clip != nullptr) {
-            mask.Clip(clip);
-        }
-        cairo_translate(cr, -kEdgeBias, -kEdgeBias);
-        if (TracePass(cr, op, pass)) {
-            cairo_stroke(cr);
+        if (const auto boxes = BoxesOf(op, pass)) {
+            FillBoxes(target, *boxes, colour, clip);
+        } else if (format) {
+            PaintDirectly(target, *format, op, pass, colour, clip, area);
         } else {
-            cairo_fill(cr);
+            PaintThroughMask(target, op, pass, colour, clip, area);
         }
-        const uint32_t raw = DrawingRaw(target, colour);
-        mask.ForEachRun([&](int y, int x0, int x1) { FillSpan(target, y, x0, x1, raw); });
     }
 }
 

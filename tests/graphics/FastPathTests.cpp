@@ -4,6 +4,8 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <cmath>
+#include <string>
 #include <tuple>
 #include <vector>
 
@@ -106,6 +108,114 @@ TEST(DirectBlitTest, OverlappingCopiesWithinOneImageReadTheOldPixels)
                 ASSERT_EQ(image->GetPixelColour(x, y), before[static_cast<std::size_t>(from)]) << x << ',' << y;
             }
     }
+}
+
+// The documented rule, restated geometrically: a pixel is covered when its
+// centre, moved 1/128 pixel down and right against the shapes' shift, lies
+// inside the shape. Lines are butt-capped, through pixel centres, pulled
+// back by 1/32 pixel so that the first pixel is in and the last is out.
+bool LineCovers(ZedaPoint from, ZedaPoint to, int width, int x, int y)
+{
+    const double bias = 1.0 / 128, pull = 1.0 / 32;
+    const double length = std::hypot(to.x - from.x, to.y - from.y);
+    const double ux = (to.x - from.x) / length, uy = (to.y - from.y) / length;
+    const double px = x + 0.5 + bias - (from.x + 0.5 - ux * pull);
+    const double py = y + 0.5 + bias - (from.y + 0.5 - uy * pull);
+    const double along = px * ux + py * uy;
+    const double across = -px * uy + py * ux;
+    return along >= 0 && along <= length && std::abs(across) <= width / 2.0;
+}
+
+bool RectangleOutlineCovers(const ZedaRect& r, int pen, int x, int y)
+{
+    const double cx = x + 0.5 + 1.0 / 128, cy = y + 0.5 + 1.0 / 128;
+    const bool inBounds = cx > r.left && cx < r.right && cy > r.top && cy < r.bottom;
+    const bool inHole = cx > r.left + pen && cx < r.right - pen && cy > r.top + pen && cy < r.bottom - pen;
+    return inBounds && !inHole;
+}
+
+constexpr unsigned int kInk = ZEDARGB(200, 30, 90);
+
+// kInk as an image of `bpp` bits stores it.
+uint32_t StoredInk(int bpp)
+{
+    auto pixel = MakeImage(1, 1, bpp);
+    pixel->SetPixelColour(0, 0, kInk);
+    return pixel->GetPixelColour(0, 0);
+}
+
+template <typename Covers>
+void ExpectCoverage(const VtImage& image, const VtRgn* clip, Covers&& covers, const std::string& what)
+{
+    const uint32_t ink = StoredInk(image.GetBitsPerPixel());
+    for (int y = 0; y < image.GetHeight(); ++y)
+        for (int x = 0; x < image.GetWidth(); ++x) {
+            const bool expected = covers(x, y) && (clip == nullptr || clip->PtInRegion(x, y));
+            const bool inked = image.GetPixelColour(x, y) == ink;
+            ASSERT_EQ(inked, expected) << what << " at " << x << ',' << y;
+        }
+}
+
+TEST(BoxSpanTest, AxisParallelLinesCoverWhatTheRuleSays)
+{
+    // 1 and 24 bits take the mask, 16 and 32 the direct path; all fill boxes.
+    for (int bpp : {1, 16, 24, 32})
+        for (int width = 1; width <= 6; ++width)
+            for (const auto& [from, to] : {std::pair{ZedaPoint(2, 7), ZedaPoint(15, 7)}, {ZedaPoint(15, 7), ZedaPoint(2, 7)},
+                                           {ZedaPoint(8, 1), ZedaPoint(8, 13)}, {ZedaPoint(8, 13), ZedaPoint(8, 1)},
+                                           {ZedaPoint(-3, 0), ZedaPoint(30, 0)}}) {
+                auto image = MakeImage(18, 15, bpp);
+                auto graphics = GraphicsOn(image.get());
+                auto pen = MakePen(bpp == 1 ? kWhite : kInk, width);
+                graphics->SelectPen(pen.get());
+                graphics->DrawLine(from, to);
+                const std::string what = std::to_string(bpp) + " bits, width " + std::to_string(width) + " from " +
+                                         std::to_string(from.x) + ',' + std::to_string(from.y);
+                if (bpp == 1) {
+                    for (int y = 0; y < 15; ++y)
+                        for (int x = 0; x < 18; ++x)
+                            ASSERT_EQ(image->GetPixelColour(x, y) == kWhite, LineCovers(from, to, width, x, y))
+                                << what << " at " << x << ',' << y;
+                } else {
+                    ExpectCoverage(*image, nullptr, [&](int x, int y) { return LineCovers(from, to, width, x, y); },
+                                   what);
+                }
+            }
+}
+
+TEST(BoxSpanTest, RectanglesAndTheirOutlinesThroughAPolygonClip)
+{
+    const ZedaPoint diamond[] = {{10, -2}, {22, 10}, {10, 22}, {-2, 10}};
+    Owned<VtRgn> clip(VtGraphicsManager::NewRgn(0));
+    ASSERT_TRUE(clip->CreatePolygonRegion(diamond, 4));
+    for (int bpp : {8, 16, 24, 32})
+        for (const ZedaRect& rect : {ZedaRect(2, 3, 17, 16), ZedaRect(-4, 5, 9, 25), ZedaRect(6, 6, 9, 8)})
+            for (int pen = 1; pen <= 4; ++pen) {
+                auto image = MakeImage(20, 20, bpp);
+                image->Fill(kWhite);
+                auto graphics = GraphicsOn(image.get());
+                graphics->SelectClipRegion(clip.get(), VT_CLIP_REPLACE);
+                auto outline = MakePen(kInk, pen);
+                auto hollow = MakeBrush(kInk, VT_BRUSH_NULL);
+                graphics->SelectPen(outline.get());
+                graphics->SelectBrush(hollow.get());
+                graphics->DrawRectangle(rect);
+                const std::string what = std::to_string(bpp) + " bits, pen " + std::to_string(pen) + ", rect " +
+                                         std::to_string(rect.left) + ',' + std::to_string(rect.top);
+                ExpectCoverage(*image, clip.get(), [&](int x, int y) { return RectangleOutlineCovers(rect, pen, x, y); },
+                               what + " outline");
+
+                // Filled without a pen: the interior from left to right - 1.
+                image->Fill(kWhite);
+                auto noPen = MakePen(kInk, 0, VT_PEN_NULL);
+                auto solid = MakeBrush(kInk);
+                graphics->SelectPen(noPen.get());
+                graphics->SelectBrush(solid.get());
+                graphics->DrawRectangle(rect);
+                ExpectCoverage(*image, clip.get(), [&](int x, int y) { return rect.PtInRect({x, y}); }, what + " fill");
+                graphics->SelectPen(nullptr);
+                graphics->SelectBrush(nullptr);
+            }
 }
 
 // Bytes the allocator has handed out and not taken back.
