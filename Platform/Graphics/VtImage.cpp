@@ -36,8 +36,9 @@ struct CairoSurfaceDeleter {
 // and each new image would fault every page in again.
 class PixelPool {
 public:
-    static constexpr std::size_t kSmallest = std::size_t{256} << 10;  // smaller blocks are cheap to allocate
-    static constexpr std::size_t kKept = 4;
+    static constexpr std::size_t kSmallest = std::size_t{64} << 10;  // smaller blocks are cheap to allocate
+    static constexpr std::size_t kKept = 6;
+    static constexpr std::size_t kKeptBytes = std::size_t{64} << 20;
 
     // Never destroyed, so that images living in static storage can still
     // give their blocks back at exit.
@@ -65,13 +66,16 @@ public:
         if (data == nullptr) {
             return;
         }
-        if (capacity >= kSmallest) {
+        if (capacity >= kSmallest && capacity <= kKeptBytes) {
             const std::lock_guard lock(mutex_);
-            if (kept_.size() == kKept) {
+            keptBytes_ += capacity;
+            kept_.push_back({data, capacity});
+            // The oldest blocks go first when too many or too much is kept.
+            while (kept_.size() > kKept || keptBytes_ > kKeptBytes) {
+                keptBytes_ -= kept_.front().capacity;
                 std::free(kept_.front().data);
                 kept_.erase(kept_.begin());
             }
-            kept_.push_back({data, capacity});
             return;
         }
         std::free(data);
@@ -94,6 +98,7 @@ private:
             if (it->capacity >= size && it->capacity / 2 <= size) {
                 unsigned char* data = it->data;
                 capacity = it->capacity;
+                keptBytes_ -= capacity;
                 kept_.erase(std::next(it).base());
                 return data;
             }
@@ -103,6 +108,7 @@ private:
 
     std::mutex mutex_;
     std::vector<Block> kept_;
+    std::size_t keptBytes_ = 0;
 };
 
 // The pixel rows of one image, taken from and given back to the pool.

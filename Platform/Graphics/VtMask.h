@@ -4,6 +4,8 @@
 
 #include <cairo.h>
 
+#include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <memory>
 
@@ -42,6 +44,22 @@ private:
 // Adds the rectangles of `region` that meet `area` to the path of `cr`.
 void AppendRegionPath(cairo_t* cr, const cairo_region_t* region, const ZEDA::ZedaRect& area);
 
+// The first pixel at or after `from` whose bit is `set`, or `width` if none.
+// On a little-endian host the first pixel of a word is its lowest bit.
+inline int NextMaskBit(const uint32_t* row, int from, int width, bool set)
+{
+    const uint32_t flip = set ? 0u : 0xFFFFFFFFu;
+    int w = from / 32;
+    uint32_t word = (row[w] ^ flip) & (0xFFFFFFFFu << (from % 32));
+    while (word == 0) {
+        if (++w * 32 >= width) {
+            return width;
+        }
+        word = row[w] ^ flip;
+    }
+    return std::min(width, w * 32 + std::countr_zero(word));
+}
+
 template <typename Emit>
 void MaskSurface::ForEachRun(Emit&& emit)
 {
@@ -49,35 +67,12 @@ void MaskSurface::ForEachRun(Emit&& emit)
     const unsigned char* data = cairo_image_surface_get_data(surface_);
     const int stride = cairo_image_surface_get_stride(surface_);
     const int width = area_.Width();
-    const int words = (width + 31) / 32;
     for (int y = 0; y < area_.Height(); ++y) {
         const auto* row = reinterpret_cast<const uint32_t*>(data + static_cast<std::ptrdiff_t>(y) * stride);
-        int runStart = -1;
-        for (int w = 0; w < words; ++w) {
-            uint32_t word = row[w];
-            if (runStart < 0 && word == 0) {
-                continue;
-            }
-            if (runStart >= 0 && word == 0xFFFFFFFFu) {
-                continue;
-            }
-            // On a little-endian host the first pixel is the lowest bit.
-            for (int bit = 0; bit < 32; ++bit) {
-                const bool set = (word >> bit) & 1u;
-                const int x = w * 32 + bit;
-                if (x >= width) {
-                    break;
-                }
-                if (set && runStart < 0) {
-                    runStart = x;
-                } else if (!set && runStart >= 0) {
-                    emit(area_.top + y, area_.left + runStart, area_.left + x);
-                    runStart = -1;
-                }
-            }
-        }
-        if (runStart >= 0) {
-            emit(area_.top + y, area_.left + runStart, area_.left + width);
+        for (int x = NextMaskBit(row, 0, width, true); x < width;) {
+            const int end = NextMaskBit(row, x, width, false);
+            emit(area_.top + y, area_.left + x, area_.left + end);
+            x = end < width ? NextMaskBit(row, end, width, true) : width;
         }
     }
 }
