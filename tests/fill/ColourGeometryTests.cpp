@@ -52,18 +52,14 @@ TEST(ColourGeometry, SectionPointsAndPerpendicularFeet)
         void (*onto)(const ZedaPoint&, const ZedaPoint&, ZedaPoint&);
         ZedaPoint p1, p2, point, expected;
     } cases[] = {
-        {section, {0, 0}, {10, 5}, {4, 100}, {4, 2}},  // shallow: x kept
-        {section, {0, 0}, {5, 10}, {100, 4}, {2, 4}},  // steep: y kept
-        {section, {0, 0}, {10, 10}, {3, 99}, {3, 3}},  // 45 degrees: x kept
-        {section, {0, 0}, {10, -5}, {3, 0}, {3, -1}},  // truncated toward zero
-        {section, {7, 2}, {7, 9}, {1, 5}, {7, 5}},
-        {section, {1, 3}, {8, 3}, {5, -4}, {5, 3}},
-        {section, {6, 6}, {6, 6}, {1, 2}, {6, 2}},
-        {foot, {0, 0}, {10, 10}, {10, 0}, {5, 5}},
-        {foot, {0, 0}, {10, -10}, {10, 0}, {5, -5}},
-        {foot, {0, 0}, {2, 10}, {10, 0}, {0, 1}},  // steep: y first, (0.38, 1.92) becomes (0, 1)
-        {foot, {0, 0}, {10, 2}, {0, 10}, {1, 0}},  // shallow: x first, (1.92, 0.38) becomes (1, 0)
-        {foot, {6, 6}, {6, 6}, {1, 2}, {6, 2}},
+        // Shallow lines keep x, steep ones y, 45 degrees x; truncated toward zero.
+        {section, {0, 0}, {10, 5}, {4, 100}, {4, 2}},   {section, {0, 0}, {5, 10}, {100, 4}, {2, 4}},
+        {section, {0, 0}, {10, 10}, {3, 99}, {3, 3}},   {section, {0, 0}, {10, -5}, {3, 0}, {3, -1}},
+        {section, {7, 2}, {7, 9}, {1, 5}, {7, 5}},      {section, {1, 3}, {8, 3}, {5, -4}, {5, 3}},
+        {section, {6, 6}, {6, 6}, {1, 2}, {6, 2}},      {foot, {6, 6}, {6, 6}, {1, 2}, {6, 2}},
+        {foot, {0, 0}, {10, 10}, {10, 0}, {5, 5}},      {foot, {0, 0}, {10, -10}, {10, 0}, {5, -5}},
+        // Steep lines take y first, shallow ones x: (0.38, 1.92) becomes (0, 1), (1.92, 0.38) becomes (1, 0).
+        {foot, {0, 0}, {2, 10}, {10, 0}, {0, 1}},       {foot, {0, 0}, {10, 2}, {0, 10}, {1, 0}},
     };
     for (const auto& c : cases) {
         ZedaPoint point = c.point;

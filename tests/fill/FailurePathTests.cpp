@@ -127,8 +127,8 @@ TEST_F(FailurePaths, EachFaultLogsItsCodesAndLeavesEverythingAsItWas)
                {VT_FAULT_NEW_RGN, 1, {"300:EFd009"}}});
     }
     const char* names[] = {"linear", "radial", "conical", "square"};
-    for (std::size_t g = 0; g < Generators().size(); ++g) {
-        const auto generate = [&](ZedaRect r) { return Image(Generators()[g](s, r)) != nullptr; };
+    for (std::size_t g = 0; g < kGenerators.size(); ++g) {
+        const auto generate = [&](ZedaRect r) { return Image(kGenerators[g](s, r)) != nullptr; };
         check(names[g], [&] { return generate({0, 0, 1, 50}) || generate({0, 0, 50, 1}) || generate({2000, 0, 2100, 50}); },
               {{kNone, 0, {"300:EEa003", "300:EEa003", "300:EEa003"}}});
         check(names[g], [&] { return generate(wide); },

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,11 +19,11 @@ using namespace VTC;
 using namespace ZEDA;
 using Surface = std::unique_ptr<VtGraphics>;
 using Image = std::unique_ptr<VtImage>;
+using Bytes = std::vector<unsigned char>;
+using Colours = std::vector<unsigned int>;
 
-constexpr unsigned int kFrom = ZEDARGB(0, 10, 200);
-constexpr unsigned int kTo = ZEDARGB(240, 130, 20);
-constexpr unsigned int kInk = ZEDARGB(20, 140, 250);
-constexpr unsigned int kPaper = ZEDARGB(100, 50, 10);
+constexpr unsigned int kFrom = ZEDARGB(0, 10, 200), kTo = ZEDARGB(240, 130, 20);
+constexpr unsigned int kInk = ZEDARGB(20, 140, 250), kPaper = ZEDARGB(100, 50, 10);
 
 inline Surface Window(int width, int height, int bits = 32, unsigned int colour = kPaper)
 {
@@ -40,21 +41,21 @@ inline Image ImageFor(VtGraphics* surface, int width, int height, unsigned int c
     return image;
 }
 
-// Varied bytes, so that every blend is visible.
-inline void Scramble(VtImage* image, unsigned seed)
-{
-    unsigned char* bits = image->GetBitsPointer();
-    for (std::size_t i = 0; i < static_cast<std::size_t>(image->GetRowBytes()) * image->GetHeight(); ++i)
-        bits[i] = static_cast<unsigned char>((i * 37 + seed * 101 + (i >> 7) * 13) & 0xFF);
-}
-
-inline std::vector<unsigned char> BytesOf(const VtImage* image)
+inline Bytes BytesOf(const VtImage* image)
 {
     const unsigned char* bits = image->GetBitsPointer();
     return {bits, bits + static_cast<std::size_t>(image->GetRowBytes()) * image->GetHeight()};
 }
 
-inline std::vector<unsigned char> PixelBytes(const VtImage* image, int x, int y)
+// Varied bytes, so that every blend is visible.
+inline void Scramble(VtImage* image, unsigned seed)
+{
+    unsigned char* bits = image->GetBitsPointer();
+    for (std::size_t i = 0, n = BytesOf(image).size(); i < n; ++i)
+        bits[i] = static_cast<unsigned char>((i * 37 + seed * 101 + (i >> 7) * 13) & 0xFF);
+}
+
+inline Bytes PixelBytes(const VtImage* image, int x, int y)
 {
     const int bytes = image->GetBitsPerPixel() / 8;
     const unsigned char* at = image->GetBitsPointer() + y * image->GetRowBytes() + x * bytes;
@@ -63,6 +64,15 @@ inline std::vector<unsigned char> PixelBytes(const VtImage* image, int x, int y)
 
 inline unsigned int Rgb(unsigned int colour) { return colour & 0x00FFFFFFu; }
 inline unsigned int PixelAt(VtGraphics* s, int x, int y) { return Rgb(s->GetTargetImage()->GetPixelColour(x, y)); }
+
+// The colours (without alpha) of a surface at the points.
+inline Colours ColoursAt(VtGraphics* s, std::initializer_list<ZedaPoint> points)
+{
+    Colours colours;
+    for (const ZedaPoint& p : points)
+        colours.push_back(PixelAt(s, p.x, p.y));
+    return colours;
+}
 
 // A byte of s over d at transparency t, in the renderer's double formula.
 inline unsigned char Blend(unsigned s, unsigned d, int t)
@@ -73,7 +83,38 @@ inline unsigned char Blend(unsigned s, unsigned d, int t)
 inline unsigned int Blended(unsigned int colour, unsigned int under, int t)
 {
     return Rgb(ZEDARGB(Blend(ZEDAREDVAL(colour), ZEDAREDVAL(under), t),
-                       Blend(ZEDAGREENVAL(colour), ZEDAGREENVAL(under), t), Blend(ZEDABLUEVAL(colour), ZEDABLUEVAL(under), t)));
+                       Blend(ZEDAGREENVAL(colour), ZEDAGREENVAL(under), t),
+                       Blend(ZEDABLUEVAL(colour), ZEDABLUEVAL(under), t)));
+}
+
+// The surface bytes after blitting cols x rows of `image` to (x, y) at
+// transparency t: copied at 0 and below, blended with the fourth byte of
+// 32-bit pixels forced to 0 in between, untouched at 100 and above.
+inline Bytes ExpectedBlit(VtGraphics* surface, const VtImage* image, int x, int y, int cols, int rows, int t)
+{
+    Bytes expected = BytesOf(surface->GetTargetImage());
+    const int bits = image->GetBitsPerPixel(), bytes = bits / 8, stride = surface->GetTargetImage()->GetRowBytes();
+    const bool littleEndian = reinterpret_cast<const unsigned char*>(&un_bigendina)[0] == 1;
+    const auto field = [&](unsigned a, unsigned b) { return a * (100 - t) / 100 + b * t / 100; };
+    for (int r = 0; r < rows && t < 100; ++r)
+        for (int c = 0; c < cols; ++c) {
+            const Bytes s = PixelBytes(image, c, r);
+            unsigned char* d = expected.data() + (y + r) * stride + (x + c) * bytes;
+            if (t <= 0) {
+                std::copy(s.begin(), s.end(), d);
+            } else if (bits == 16) {
+                const unsigned sv = s[0] | (s[1] << 8), dv = d[0] | (d[1] << 8);
+                const unsigned v = (field(sv >> 11, dv >> 11) << 11) | (field((sv >> 5) & 63, (dv >> 5) & 63) << 5) |
+                                   field(sv & 31, dv & 31);
+                d[0] = static_cast<unsigned char>(v), d[1] = static_cast<unsigned char>(v >> 8);
+            } else {
+                for (int b = 0; b < bytes; ++b)
+                    d[b] = Blend(s[b], d[b], t);
+                if (bits == 32)
+                    d[littleEndian ? 3 : 0] = 0;
+            }
+        }
+    return expected;
 }
 
 // What the log holds from the renderer, as "level:code".
@@ -88,11 +129,11 @@ inline std::vector<std::string> RendererLog()
 
 // What the renderer must leave as it found it: mode, origin, clip and selections.
 struct SurfaceState {
-    int mode = 0;
+    int mode;
     ZedaPoint origin;
     ZedaRect clipBounds;
-    VtPen* pen = nullptr;
-    VtBrush* brush = nullptr;
+    VtPen* pen;
+    VtBrush* brush;
     friend bool operator==(const SurfaceState&, const SurfaceState&) = default;
 };
 
@@ -123,22 +164,16 @@ protected:
         VtToolkit::ResetScreenSize();
         EXPECT_EQ(VtGraphicsManager::GetLiveObjectCount(), live_) << "objects leaked by the renderer";
     }
-
-private:
     int live_ = 0;
 };
 
 using Generator = VtImage* (*)(VtGraphics*, const ZedaRect&);
 
 // The four gradient generators with one set of colours, offsets and angle.
-inline const std::vector<Generator>& Generators()
-{
-    static const std::vector<Generator> generators = {
-        [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetLinearImage(g, r, kFrom, kTo, 0.7, 10, 20); },
-        [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetRadialImage(g, r, kFrom, kTo, 10, 20); },
-        [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetConicalImage(g, r, kFrom, kTo, 10, 20, 0.7); },
-        [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetSquareImage(g, r, kFrom, kTo, 10, 20, 0.7); }};
-    return generators;
-}
+inline const std::vector<Generator> kGenerators = {
+    [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetLinearImage(g, r, kFrom, kTo, 0.7, 10, 20); },
+    [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetRadialImage(g, r, kFrom, kTo, 10, 20); },
+    [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetConicalImage(g, r, kFrom, kTo, 10, 20, 0.7); },
+    [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetSquareImage(g, r, kFrom, kTo, 10, 20, 0.7); }};
 
 }  // namespace FillTest
