@@ -1,4 +1,5 @@
 #include <functional>
+#include <tuple>
 
 #include "FillTestSupport.h"
 
@@ -10,13 +11,9 @@ class FailurePaths : public FillTestBase {};
 
 constexpr auto kNone = VT_FAULT_KIND_COUNT;
 
-// A fault to inject (kNone for a refusal), how many calls of its kind to let
-// through first, and the log it must leave.
-struct Outcome {
-    VtFaultKind fault;
-    int skip;
-    std::vector<std::string> log;
-};
+// A fault to inject (kNone: a refusal), the calls of its kind to let through
+// first, and the log it must leave.
+using Outcome = std::tuple<VtFaultKind, int, std::vector<std::string>>;
 
 }  // namespace
 
@@ -28,6 +25,7 @@ TEST_F(FailurePaths, EachFaultLogsItsCodesAndLeavesEverythingAsItWas)
     VtGraphics* s = surface.get();
     Scramble(s->GetTargetImage(), 2);
     s->SetOrigin(ZedaPoint(3, 2));
+    // A clip, a pen and a brush of the test's own, to be found as they were.
     const std::unique_ptr<VtRgn> clip(VtGraphicsManager::NewRgn(0));
     const std::unique_ptr<VtPen> pen(VtGraphicsManager::NewPen(0));
     const std::unique_ptr<VtBrush> brush(VtGraphicsManager::NewBrush(0));
@@ -41,19 +39,19 @@ TEST_F(FailurePaths, EachFaultLogsItsCodesAndLeavesEverythingAsItWas)
     const ZedaPoint triangle[] = {{0, 0}, {20, 0}, {0, 20}}, offScreen[] = {{3000, 0}, {3100, 0}, {3000, 100}};
     const int three[] = {3}, two[] = {2};
     const ZedaRect square(1, 1, 9, 9), wide(0, 0, 50, 50);
-    const std::vector<unsigned char> before = BytesOf(s->GetTargetImage());
+    const Bytes before = BytesOf(s->GetTargetImage());
     const SurfaceState state = StateOf(s);
     const int live = VtGraphicsManager::GetLiveObjectCount();
 
     const auto check = [&](const std::string& name, const std::function<bool()>& call, std::vector<Outcome> outcomes) {
-        for (const Outcome& o : outcomes) {
-            SCOPED_TRACE(::testing::Message() << name << ", fault " << o.fault << " after " << o.skip);
-            VTC::VtLogFile::GetInstance(false)->ClearRecords();
-            if (o.fault != kNone)
-                VtGraphicsManager::InjectFault(o.fault, o.skip);
+        for (const auto& [fault, skip, log] : outcomes) {
+            SCOPED_TRACE(::testing::Message() << name << ", fault " << fault << " after " << skip);
+            VtLogFile::GetInstance(false)->ClearRecords();
+            if (fault != kNone)
+                VtGraphicsManager::InjectFault(fault, skip);
             EXPECT_FALSE(call());
             VtGraphicsManager::ClearFaults();
-            EXPECT_EQ(RendererLog(), o.log);
+            EXPECT_EQ(RendererLog(), log);
             EXPECT_EQ(BytesOf(s->GetTargetImage()), before);
             EXPECT_EQ(StateOf(s), state);
             EXPECT_EQ(VtGraphicsManager::GetLiveObjectCount(), live);
@@ -90,10 +88,10 @@ TEST_F(FailurePaths, EachFaultLogsItsCodesAndLeavesEverythingAsItWas)
            {VT_FAULT_COMPATIBLE_IMAGE, 0, {"300:EGd007", "300:EGd004"}}, {VT_FAULT_NEW_IMAGE, 1, {"300:EGd006"}},
            {VT_FAULT_COMPATIBLE_IMAGE, 1, {"300:EGd006"}}});
     // Vector documents take no transparent fill, silently.
+    VtGraphics* v = vector.get();
     check("vector", [&] {
-        return VtEspecialFill::TransparentRectangle(vector.get(), square, kInk, 40) ||
-               VtEspecialFill::TransparentPolygon(vector.get(), triangle, 3, kInk, 40) ||
-               VtEspecialFill::TransparentPolyPolygon(vector.get(), triangle, three, 1, kInk, 40);
+        return VtEspecialFill::TransparentRectangle(v, square, kInk, 40) || VtEspecialFill::TransparentPolygon(v, triangle, 3, kInk, 40) ||
+               VtEspecialFill::TransparentPolyPolygon(v, triangle, three, 1, kInk, 40);
     }, {{kNone, 0, {}}});
     for (bool poly : {false, true}) {
         const auto polygon = [&](const ZedaPoint* p) {

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "LqGraphics.h"
@@ -127,23 +128,16 @@ inline std::vector<std::string> RendererLog()
     return codes;
 }
 
-// What the renderer must leave as it found it: mode, origin, clip and selections.
-struct SurfaceState {
-    int mode;
-    ZedaPoint origin;
-    ZedaRect clipBounds;
-    VtPen* pen;
-    VtBrush* brush;
-    friend bool operator==(const SurfaceState&, const SurfaceState&) = default;
-};
+// What the renderer must leave as it found it: mode, origin, clip bounds, pen and brush.
+using SurfaceState = std::tuple<int, ZedaPoint, ZedaRect, VtPen*, VtBrush*>;
 
 inline SurfaceState StateOf(VtGraphics* s)
 {
     const VtRgn* clip = s->GetClipRegion();
     SurfaceState state{s->GetCoordinateMode(), s->GetOrigin(), clip ? clip->GetBoundingRect() : ZedaRect(),
                        s->SelectPen(nullptr), s->SelectBrush(nullptr)};
-    s->SelectPen(state.pen);
-    s->SelectBrush(state.brush);
+    s->SelectPen(std::get<VtPen*>(state));
+    s->SelectBrush(std::get<VtBrush*>(state));
     return state;
 }
 
@@ -153,7 +147,6 @@ class FillTestBase : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        VtGraphicsManager::ClearFaults();
         VtLogFile::GetInstance(false)->ClearRecords();
         VtToolkit::SetScreenSize(1920, 1080);
         live_ = VtGraphicsManager::GetLiveObjectCount();

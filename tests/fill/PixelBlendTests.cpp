@@ -1,15 +1,12 @@
-#include <array>
 #include <cstdint>
 #include <cstring>
-#include <vector>
 
 #include "FillTestSupport.h"
 #include "VtEspecialFillBlend.h"
 
+using FillTest::Bytes;
 using VTC::VtEspecialFill;
 namespace detail = VTC::EspecialFillDetail;
-using Bytes4 = std::array<unsigned char, 4>;
-using Bytes8 = std::array<unsigned char, 8>;
 
 namespace {
 
@@ -30,16 +27,14 @@ TEST(PixelAccess, EveryLayoutAndUnknownDepths)
     unsigned char b = 7, g = 7, r = 7, a = 7;
     VtEspecialFill::SetPixel(8, pixel, 1, 2, 3, 4);
     VtEspecialFill::GetPixel(1, pixel, b, g, r, a);
-    EXPECT_EQ((Bytes8{pixel[0], pixel[1], pixel[2], pixel[3], b, g, r, a}), (Bytes8{9, 9, 9, 9, 7, 7, 7, 7}));
+    EXPECT_EQ((Bytes{pixel[0], pixel[1], pixel[2], pixel[3], b, g, r, a}), (Bytes{9, 9, 9, 9, 7, 7, 7, 7}));
     VtEspecialFill::SetPixel(24, pixel, 10, 20, 30, 40);
     VtEspecialFill::GetPixel(24, pixel, b, g, r, a);
-    EXPECT_EQ((Bytes8{pixel[0], pixel[1], pixel[2], pixel[3], b, g, r, a}), (Bytes8{10, 20, 30, 9, 10, 20, 30, 7}));
+    EXPECT_EQ((Bytes{pixel[0], pixel[1], pixel[2], pixel[3], b, g, r, a}), (Bytes{10, 20, 30, 9, 10, 20, 30, 7}));
     VtEspecialFill::SetPixel(32, pixel, 1, 2, 3, 4);
-    unsigned int value = 0;
-    std::memcpy(&value, pixel, 4);
-    EXPECT_EQ(value, ZEDARGBA(3, 2, 1, 4));
+    const unsigned int value = ZEDARGBA(3, 2, 1, 4);
     VtEspecialFill::GetPixel(32, pixel, b, g, r, a);
-    EXPECT_EQ((Bytes4{b, g, r, a}), (Bytes4{1, 2, 3, 4}));
+    EXPECT_EQ((Bytes{b, g, r, a, static_cast<unsigned char>(std::memcmp(pixel, &value, 4))}), (Bytes{1, 2, 3, 4, 0}));
     // 16 bits: blue high, red low; only five bits of blue and red and six of green survive.
     VtEspecialFill::SetPixel(16, pixel, 0x3F, 0xC1, 0xE2, 0);
     EXPECT_EQ(Load16(pixel), (0x1Fu << 11) | (0x01u << 5) | 0x02u);
@@ -78,12 +73,12 @@ TEST(BlendKernels, EveryPathMatchesTheFormulaAndForcesTheFourthByte)
     EXPECT_EQ(keepBytes[0] ^ keepBytes[3], 0xFF);  // the fourth channel, at either end by the host's byte order
     // Every (source, target) byte pair once, plus a tail that is not a whole vector.
     constexpr std::size_t kCount = 65536 + 28;
-    std::vector<unsigned char> source(kCount), original(kCount);
+    Bytes source(kCount), original(kCount);
     for (std::size_t i = 0; i < kCount; ++i)
         source[i] = static_cast<unsigned char>(i), original[i] = static_cast<unsigned char>((i >> 8) ^ (i * 7));
     for (const auto& [name, kernel] : kernels)
         for (int t = 0; t <= 100; ++t) {
-            std::vector<unsigned char> colour = original, all = original;
+            Bytes colour = original, all = original;
             kernel(source.data(), colour.data(), kCount, static_cast<unsigned>(t), keep);
             kernel(source.data(), all.data(), kCount, static_cast<unsigned>(t), 0xFFFFFFFFu);
             for (std::size_t i = 0; i < kCount; ++i) {
@@ -97,12 +92,12 @@ TEST(BlendKernels, EveryPathMatchesTheFormulaAndForcesTheFourthByte)
 TEST(BlendKernels, SixteenBitFieldsBlendSeparately)
 {
     constexpr std::size_t kPixels = 65536;
-    std::vector<unsigned char> source(2 * kPixels), original(2 * kPixels);
+    Bytes source(2 * kPixels), original(2 * kPixels);
     for (std::size_t i = 0; i < kPixels; ++i)
         Store16(&source[2 * i], static_cast<unsigned>(i)), Store16(&original[2 * i], static_cast<unsigned>(i * 40503u));
     for (int t : {0, 1, 33, 40, 50, 67, 99, 100}) {
         const auto field = [&](unsigned s, unsigned d) { return s * (100 - t) / 100 + d * t / 100; };
-        std::vector<unsigned char> blended = original, filled = original;
+        Bytes blended = original, filled = original;
         detail::BlendPixels16(source.data(), blended.data(), kPixels, static_cast<unsigned>(t));
         detail::FillPixels16(filled.data(), kPixels, 31, 17, 5, static_cast<unsigned>(t));
         for (std::size_t i = 0; i < kPixels; ++i) {

@@ -31,18 +31,24 @@ Surface PaperSurface(bool imageBacked, int bits, Image& target)
 
 }  // namespace
 
-TEST_F(TransparentBlit, BlendsExactlyAtEveryDepthAndTransparency)
+TEST_F(TransparentBlit, BlendsExactlyAtEveryDepthTransparencyAndExtent)
 {
+    // Logical scale, position and extent, then the device pixels blended: an
+    // image's own, larger, smaller and scaled.
+    const int extents[][9] = {{1, 5, 7, 10, 8, 5, 7, 10, 8}, {1, 3, 4, 25, 20, 3, 4, 10, 8},
+                              {1, 20, 20, 4, 3, 20, 20, 4, 3}, {2, 5, 6, 5, 4, 10, 12, 10, 8}};
     for (int bits : {32, 24, 16})
-        for (int t : {0, 40, 50, 100, 1, 99, -7, 101}) {
-            Surface surface = Window(64, 48, bits);
-            Scramble(surface->GetTargetImage(), 3);
-            Image image = ImageFor(surface.get(), 20, 10, 0);
-            Scramble(image.get(), 7);
-            const Bytes expected = ExpectedBlit(surface.get(), image.get(), 5, 7, 20, 10, t);
-            EXPECT_TRUE(VtEspecialFill::TransparentBitblt(surface.get(), image.get(), 5, 7, 20, 10, t));
-            EXPECT_EQ(BytesOf(surface->GetTargetImage()), expected) << bits << " bits, t " << t;
-        }
+        for (int t : {0, 40, 50, 100, 1, 99, -7, 101})
+            for (const auto& c : extents) {
+                Surface surface = Window(40, 40, bits);
+                Scramble(surface->GetTargetImage(), 3);
+                surface->SetScale(c[0]);
+                Image image = ImageFor(surface.get(), 10, 8, 0);
+                Scramble(image.get(), 7);
+                const Bytes expected = ExpectedBlit(surface.get(), image.get(), c[5], c[6], c[7], c[8], t);
+                EXPECT_TRUE(VtEspecialFill::TransparentBitblt(surface.get(), image.get(), c[1], c[2], c[3], c[4], t));
+                EXPECT_EQ(BytesOf(surface->GetTargetImage()), expected) << bits << " bits, t " << t << " at " << c[1];
+            }
     // Indexed images are copied without blending.
     Surface surface = Window(16, 16);
     Image indexed(VtGraphicsManager::NewImage(0));
@@ -51,22 +57,6 @@ TEST_F(TransparentBlit, BlendsExactlyAtEveryDepthAndTransparency)
     EXPECT_TRUE(VtEspecialFill::TransparentBitblt(surface.get(), indexed.get(), 1, 1, 4, 4, 40));
     EXPECT_EQ(PixelAt(surface.get(), 2, 2), Rgb(ZEDARGB(200, 100, 50)));
     EXPECT_TRUE(RendererLog().empty());
-}
-
-TEST_F(TransparentBlit, ExtentsLargerAndSmallerThanTheImageInLogicalUnits)
-{
-    Surface surface = Window(40, 40, 24);
-    Scramble(surface->GetTargetImage(), 5);
-    Image image = ImageFor(surface.get(), 10, 8, 0);
-    Scramble(image.get(), 9);
-    // Logical scale, position and extent; then the device pixels blended.
-    const int cases[][9] = {{1, 3, 4, 25, 20, 3, 4, 10, 8}, {1, 20, 20, 4, 3, 20, 20, 4, 3}, {2, 5, 6, 5, 4, 10, 12, 10, 8}};
-    for (const auto& c : cases) {
-        surface->SetScale(c[0]);
-        const Bytes expected = ExpectedBlit(surface.get(), image.get(), c[5], c[6], c[7], c[8], 40);
-        EXPECT_TRUE(VtEspecialFill::TransparentBitblt(surface.get(), image.get(), c[1], c[2], c[3], c[4], 40));
-        EXPECT_EQ(BytesOf(surface->GetTargetImage()), expected) << c[1] << ',' << c[2];
-    }
 }
 
 TEST_F(TransparentBlit, MaskedBlitBlendsOnlyUnderBlack)
@@ -98,14 +88,13 @@ TEST_F(TransparentBlit, KeyColourAndOpacityOnBothDrawStrategies)
         int opacity;
         unsigned int keyed, inked;  // what shows where the image has the key, and its ink
     } cases[] = {
-        {false, kKey, 100, kPaper, kInk}, {false, kKey, 250, kPaper, kInk}, {false, kKey, -1, kPaper, kInk},
-        {false, kKey, 50, kPaper, half},  {false, kKey, 0, kPaper, kPaper},
+        {false, kKey, 100, kPaper, kInk},      {false, kKey, 250, kPaper, kInk}, {false, kKey, -1, kPaper, kInk},
+        {false, kKey, 50, kPaper, half},       {false, kKey, 0, kPaper, kPaper},
         {false, kSwappedKey, 100, kKey, kInk},   // no pixel has that key: all drawn
         {true, kSwappedKey, 100, kPaper, kInk},  // pixel by pixel, blue is compared with red
-        {true, kKey, 100, kKey, kInk},
-        {true, kSwappedKey, 0, kPaper, kInk},  // 0 and below draw opaque on this strategy
-        {true, kSwappedKey, -3, kPaper, kInk}, {true, kSwappedKey, 50, kPaper, half},
-        {true, kSwappedKey, 25, kPaper, Blended(kInk, kPaper, 75)},
+        {true, kKey, 100, kKey, kInk},         {true, kSwappedKey, -3, kPaper, kInk},
+        {true, kSwappedKey, 0, kPaper, kInk},  // 0 draws opaque on this strategy
+        {true, kSwappedKey, 50, kPaper, half}, {true, kSwappedKey, 25, kPaper, Blended(kInk, kPaper, 75)},
     };
     for (int bits : {24, 32})
         for (const auto& c : cases) {
