@@ -1,15 +1,8 @@
-#include <gtest/gtest.h>
-
 #include <numbers>
-#include <tuple>
 
-#include "LqToolkit.h"
-#include "VtEspecialFill.h"
+#include "FillTestSupport.h"
 
-using VTC::VtEspecialFill;
-using ZEDA::ZedaPoint;
-using ZEDA::ZedaRect;
-using ZEDA::ZedaSize;
+using namespace FillTest;
 using std::numbers::pi;
 
 TEST(ColourGeometry, ScreenSizeIsAtLeast1024SquareAndAzimuthKeepsDeviceY)
@@ -17,10 +10,10 @@ TEST(ColourGeometry, ScreenSizeIsAtLeast1024SquareAndAzimuthKeepsDeviceY)
     const std::tuple<int, int, ZedaSize> screens[] = {
         {800, 600, {1024, 1024}}, {1920, 1080, {1920, 1080}}, {1280, 800, {1280, 1024}}};
     for (const auto& [width, height, expected] : screens) {
-        VTC::VtToolkit::SetScreenSize(width, height);
+        VtToolkit::SetScreenSize(width, height);
         EXPECT_EQ(VtEspecialFill::GetScreenSize(), expected) << width;
     }
-    VTC::VtToolkit::ResetScreenSize();
+    VtToolkit::ResetScreenSize();
     EXPECT_DOUBLE_EQ(VtEspecialFill::CalAzimuth({0, 1}, {0, 0}), pi / 2);
     EXPECT_DOUBLE_EQ(VtEspecialFill::CalAzimuth({0, 0}, {1, 1}), -3 * pi / 4);
     EXPECT_DOUBLE_EQ(VtEspecialFill::CalAzimuth({-5, 0}, {0, 0}), pi);

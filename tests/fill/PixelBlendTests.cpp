@@ -4,9 +4,8 @@
 #include "FillTestSupport.h"
 #include "VtEspecialFillBlend.h"
 
-using FillTest::Bytes;
-using VTC::VtEspecialFill;
-namespace detail = VTC::EspecialFillDetail;
+using namespace FillTest;
+namespace detail = EspecialFillDetail;
 
 namespace {
 
@@ -21,13 +20,9 @@ void Store16(unsigned char* p, unsigned v) { p[0] = static_cast<unsigned char>(v
 
 }  // namespace
 
-TEST(PixelAccess, EveryLayoutAndUnknownDepths)
+TEST(PixelAccess, EveryLayout)
 {
-    unsigned char pixel[4] = {9, 9, 9, 9};
-    unsigned char b = 7, g = 7, r = 7, a = 7;
-    VtEspecialFill::SetPixel(8, pixel, 1, 2, 3, 4);
-    VtEspecialFill::GetPixel(1, pixel, b, g, r, a);
-    EXPECT_EQ((Bytes{pixel[0], pixel[1], pixel[2], pixel[3], b, g, r, a}), (Bytes{9, 9, 9, 9, 7, 7, 7, 7}));
+    unsigned char pixel[4] = {9, 9, 9, 9}, b = 7, g = 7, r = 7, a = 7;
     VtEspecialFill::SetPixel(24, pixel, 10, 20, 30, 40);
     VtEspecialFill::GetPixel(24, pixel, b, g, r, a);
     EXPECT_EQ((Bytes{pixel[0], pixel[1], pixel[2], pixel[3], b, g, r, a}), (Bytes{10, 20, 30, 9, 10, 20, 30, 7}));
@@ -69,8 +64,6 @@ TEST(BlendKernels, EveryPathMatchesTheFormulaAndForcesTheFourthByte)
     const std::uint32_t keep = detail::ColourBytesMask32();
     unsigned char keepBytes[4];
     std::memcpy(keepBytes, &keep, 4);
-    EXPECT_EQ(keepBytes[1] & keepBytes[2], 0xFF);
-    EXPECT_EQ(keepBytes[0] ^ keepBytes[3], 0xFF);  // the fourth channel, at either end by the host's byte order
     // Every (source, target) byte pair once, plus a tail that is not a whole vector.
     constexpr std::size_t kCount = 65536 + 28;
     Bytes source(kCount), original(kCount);
@@ -82,7 +75,7 @@ TEST(BlendKernels, EveryPathMatchesTheFormulaAndForcesTheFourthByte)
             kernel(source.data(), colour.data(), kCount, static_cast<unsigned>(t), keep);
             kernel(source.data(), all.data(), kCount, static_cast<unsigned>(t), 0xFFFFFFFFu);
             for (std::size_t i = 0; i < kCount; ++i) {
-                const unsigned char expected = FillTest::Blend(source[i], original[i], t);
+                const unsigned char expected = Blend(source[i], original[i], t);
                 ASSERT_EQ(all[i], expected) << name << ' ' << t << ' ' << i;
                 ASSERT_EQ(colour[i], expected & keepBytes[i % 4]) << name << ' ' << t << ' ' << i;
             }
