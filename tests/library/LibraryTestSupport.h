@@ -1,38 +1,24 @@
 #pragma once
 
-// Shared pieces of the library-file and resource-cache tests: a private
-// temporary directory per test process (TMPDIR points into it), a work
-// directory per test outside it, file helpers, and a concrete library that
-// carries its cache section in the stream form and records the resource hooks.
+// A private temporary directory, a work directory per test, file helpers, and
+// a library that carries its cache section and records its resource hooks.
 
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "LqCompactFile.h"
-#include "LqStream.h"
-#include "LqToolkit.h"
 #include "TestLibrary.h"
 
 namespace lqtest {
 
 namespace fs = std::filesystem;
-
-inline ZedaUnicodeString U(const std::string& utf8)
-{
-    return ZedaUnicodeString::FromUtf8(utf8);
-}
-
-inline std::string Utf8(const ZedaUnicodeString& text)
-{
-    return text.ToUtf8();
-}
+using Bytes = std::vector<unsigned char>;
+using VTC::VtCompactFile;
+using VTC::VtFile;
+using VTC::VtMemoryStream;
 
 inline std::string MakeTempDirectory(const fs::path& parent, const std::string& prefix)
 {
@@ -42,81 +28,70 @@ inline std::string MakeTempDirectory(const fs::path& parent, const std::string& 
     return pattern;
 }
 
-// The process's private root; TMPDIR is its "tmp" folder, so files that the
-// library deletes from the temporary directory can never be anyone else's.
-class PrivateTemporaryDirectory : public ::testing::Environment {
-public:
-    void SetUp() override
-    {
-        Root() = MakeTempDirectory(fs::temp_directory_path(), "lq-library-");
-        fs::create_directory(TemporaryDirectory());
-        setenv("TMPDIR", TemporaryDirectory().c_str(), 1);
-    }
-    void TearDown() override
-    {
-        std::error_code ignored;
-        fs::remove_all(Root(), ignored);
-    }
+// The process's private temporary directory, made on first use: TMPDIR points
+// there, so files that the library deletes from it can never be anyone else's.
+inline const std::string& TemporaryDirectory()
+{
+    static const struct Private {
+        std::string root = MakeTempDirectory(fs::temp_directory_path(), "lq-library-");
+        std::string tmp = root + "/tmp";
+        Private()
+        {
+            fs::create_directory(tmp);
+            setenv("TMPDIR", tmp.c_str(), 1);
+        }
+        ~Private() { fs::remove_all(root); }
+    } directory;
+    return directory.tmp;
+}
 
-    static std::string& Root()
-    {
-        static std::string root;
-        return root;
-    }
-    static std::string TemporaryDirectory() { return Root() + "/tmp"; }
-};
-
-inline std::vector<unsigned char> ReadBytes(const fs::path& path)
+inline Bytes ReadBytes(const fs::path& path)
 {
     std::ifstream in(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-inline void WriteBytes(const fs::path& path, const std::vector<unsigned char>& bytes)
+inline std::string ReadText(const ZedaUnicodeString& path)
+{
+    const Bytes bytes = ReadBytes(path.ToUtf8());
+    return {bytes.begin(), bytes.end()};
+}
+
+inline void WriteBytes(const fs::path& path, const Bytes& bytes)
 {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
 
-inline void WriteText(const fs::path& path, const std::string& text)
+inline void WriteText(const ZedaUnicodeString& path, const std::string& text)
 {
-    WriteBytes(path, std::vector<unsigned char>(text.begin(), text.end()));
+    WriteBytes(path.ToUtf8(), Bytes(text.begin(), text.end()));
 }
 
-// Files of the temporary directory, by name.
-inline std::vector<std::string> TemporaryFiles()
+// Gives `lib` a fresh temporary cache whose files hold `text` and their extension.
+inline ZedaUnicodeString MakeCache(TestLibrary& lib, const std::string& text)
 {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(PrivateTemporaryDirectory::TemporaryDirectory()))
-        names.push_back(entry.path().filename().string());
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
-inline std::vector<unsigned char> StreamBytes(const VTC::VtMemoryStream& stream)
-{
-    return {stream.GetData(), stream.GetData() + stream.GetLength()};
+    const ZedaUnicodeString cache = lib.GetAvailableCachePath();
+    lib.SetCachePath(cache);
+    for (const char* extension : {"lock", "sc", "sc00"})
+        WriteText(VtFile::ChangeExt(cache, ZedaUnicodeString::FromUtf8(extension)), text + "." + extension);
+    return cache;
 }
 
 // Each test works in its own directory beside (not inside) the temporary one,
-// and checks that the temporary directory is left empty.
+// and must leave the temporary directory empty.
 class LibraryFileTest : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        work = MakeTempDirectory(PrivateTemporaryDirectory::Root(), "work-");
-        VTC::VtLogFile::GetInstance(false)->ClearRecords();
-    }
+    void SetUp() override { work = MakeTempDirectory(fs::path(TemporaryDirectory()).parent_path(), "work-"); }
     void TearDown() override
     {
-        EXPECT_TRUE(TemporaryFiles().empty()) << "files left in the temporary directory";
-        std::error_code ignored;
-        fs::remove_all(work, ignored);
-        fs::remove_all(PrivateTemporaryDirectory::TemporaryDirectory(), ignored);
-        fs::create_directory(PrivateTemporaryDirectory::TemporaryDirectory());
+        EXPECT_TRUE(fs::is_empty(TemporaryDirectory())) << "files left in the temporary directory";
+        fs::remove_all(work);
+        for (const auto& entry : fs::directory_iterator(TemporaryDirectory()))
+            fs::remove_all(entry);
     }
 
-    std::string Work(const std::string& name) const { return work + "/" + name; }
+    ZedaUnicodeString Work(const std::string& name) const { return ZedaUnicodeString::FromUtf8(work + "/" + name); }
 
     std::string work;
 };
@@ -153,26 +128,17 @@ public:
 
     VTC::VtCompactFile* Storage() const { return storage; }
     unsigned char StorageIsExternal() const { return storageIsExternal; }
-    void SetVersion(unsigned int value) { version = value; }
 
     mutable std::vector<std::string> hooks;
 };
 
-// The library as text: each symbol in list order with its group path, so
-// that two libraries compare by IDs, order, names and filing.
-inline std::string Describe(VTC::VtSymbolLib& lib)
+// A library's image without the cache section: its IDs, order, names and group tree.
+inline Bytes Image(TestLibrary& lib)
 {
-    std::string text;
-    for (int i = 0; i < lib.GetSymbolCount(); ++i) {
-        const int id = lib.GetIDAt(i);
-        std::string groups;
-        for (VTC::VtSymbolGroup* group = lib.GetRootGroup()->FindChildGroupWithID(id); group != nullptr;
-             group = group->GetParentGroup())
-            groups = Utf8(group->GetGroupName()) + "/" + groups;
-        text += std::to_string(id) + ":" + Utf8(lib.GetNameAt(i)) + "@" + groups + " ";
-    }
-    VTC::VtLogFile::GetInstance(false)->ClearRecords();
-    return text;
+    VtMemoryStream stream;
+    stream.Open(VTC::VT_STREAM_WRITE);
+    lib.TestLibrary::SaveToStream(stream, 0, 1);
+    return {stream.GetData(), stream.GetData() + stream.GetLength()};
 }
 
 }  // namespace lqtest

@@ -1,8 +1,0 @@
-#include "LibraryTestSupport.h"
-
-namespace {
-
-[[maybe_unused]] const auto* const kPrivateTemporaryDirectory =
-    ::testing::AddGlobalTestEnvironment(new lqtest::PrivateTemporaryDirectory);
-
-}  // namespace
