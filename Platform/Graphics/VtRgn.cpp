@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <optional>
 #include <vector>
 
 #include "VtGraphicsInternal.h"
 #include "VtMask.h"
+#include "VtPolygonScan.h"
 
 namespace VTC {
 
@@ -48,8 +50,12 @@ void TracePolygons(cairo_t* cr, const ZedaPoint* points, const int* counts, int 
 }
 
 void RasteriseTile(const ZedaRect& tile, const ZedaPoint* points, const int* counts, int polyCount,
-                   std::vector<cairo_rectangle_int_t>& runs)
+                   const std::optional<gfx::PolygonScan>& scan, std::vector<cairo_rectangle_int_t>& runs)
 {
+    if (scan) {
+        scan->ForEachRun(tile, [&](int y, int x0, int x1) { runs.push_back({x0, y, x1 - x0, 1}); });
+        return;
+    }
     gfx::MaskSurface mask(tile);
     if (!mask.IsValid()) {
         return;
@@ -93,13 +99,15 @@ RegionPtr RasterisePolygons(const ZedaPoint* points, const int* counts, int poly
         total += std::max(counts[p], 0);
     }
     const ZedaRect bounds = PointBounds(points, total);
+    // Shifted as every shape is; cairo scans what this cannot hold exactly.
+    const auto scan = PolygonScan::Make(points, counts, polyCount, -kEdgeBias256);
     std::vector<cairo_rectangle_int_t> runs;
     for (long long top = bounds.top; top < bounds.bottom; top += kTile) {
         for (long long left = bounds.left; left < bounds.right; left += kTile) {
             const ZedaRect tile{static_cast<int>(left), static_cast<int>(top),
                                 static_cast<int>(std::min<long long>(left + kTile, bounds.right)),
                                 static_cast<int>(std::min<long long>(top + kTile, bounds.bottom))};
-            RasteriseTile(tile, points, counts, polyCount, runs);
+            RasteriseTile(tile, points, counts, polyCount, scan, runs);
         }
     }
     return RegionPtr(cairo_region_create_rectangles(runs.data(), static_cast<int>(runs.size())));

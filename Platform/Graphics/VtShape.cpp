@@ -7,6 +7,7 @@
 
 #include "VtGraphicsInternal.h"
 #include "VtMask.h"
+#include "VtPolygonScan.h"
 
 namespace VTC::gfx {
 
@@ -356,6 +357,24 @@ std::optional<std::vector<ZedaRect>> BoxesOf(const ShapeOp& op, Pass pass)
                                  {b.right - pen, b.top + pen, b.right, b.bottom - pen}};
 }
 
+// A polygon's interior scanned without cairo, where the clip is at most one
+// rectangle (which `area` already lies in); false when cairo must do it.
+bool FillPolygonInterior(const RasterView& target, const ShapeOp& op, uint32_t colour, const cairo_region_t* clip,
+                         const ZedaRect& area)
+{
+    if (clip != nullptr && cairo_region_num_rectangles(clip) != 1) {
+        return false;
+    }
+    const int count = static_cast<int>(op.points.size());
+    const auto scan = PolygonScan::Make(op.points.data(), &count, 1, -kEdgeBias256);
+    if (!scan) {
+        return false;
+    }
+    const uint32_t raw = DrawingRaw(target, colour);
+    scan->ForEachRun(area, [&](int y, int x0, int x1) { FillSpan(target, y, x0, x1, raw); });
+    return true;
+}
+
 void FillBoxes(const RasterView& target, const std::vector<ZedaRect>& boxes, uint32_t colour,
                const cairo_region_t* clip)
 {
@@ -391,6 +410,9 @@ void PaintShape(const RasterView& target, const ShapeOp& op, const cairo_region_
     for (const auto& [pass, colour] : PassesOf(op)) {
         if (const auto boxes = BoxesOf(op, pass)) {
             FillBoxes(target, *boxes, colour, clip);
+        } else if (op.kind == ShapeOp::Kind::Polygon && pass == Pass::Interior &&
+                   FillPolygonInterior(target, op, colour, clip, area)) {
+            continue;
         } else if (format) {
             PaintDirectly(target, *format, op, pass, colour, clip, area);
         } else {
