@@ -105,7 +105,10 @@ inline Bytes ExpectedBlit(VtGraphics* surface, const VtImage* image, int x, int 
             const unsigned sv = s[0] | (s[1] << 8), dv = d[0] | (d[1] << 8);
             const unsigned v = field(sv, dv, 11, 31) | field(sv, dv, 5, 63) | field(sv, dv, 0, 31);
             for (int b = 0; b < bytes; ++b)
-                d[b] = t <= 0 ? s[b] : bytes == 2 ? static_cast<unsigned char>(v >> 8 * b) : b == alpha ? 0 : Blend(s[b], d[b], t);
+                d[b] = t <= 0        ? s[b]
+                       : bytes == 2  ? static_cast<unsigned char>(v >> 8 * b)
+                       : b == alpha  ? 0
+                                     : Blend(s[b], d[b], t);
         }
     return expected;
 }

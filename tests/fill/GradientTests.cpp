@@ -53,23 +53,21 @@ TEST_F(Gradient, RingsAndSquaresAreCentredAndSymmetric)
     Surface window = Window(200, 200);
     const ZedaRect rect(0, 0, 100, 100);
     Image rings(VtEspecialFill::GetRadialImage(window.get(), rect, kFrom, kTo, 0, 0));
-    Image squares(VtEspecialFill::GetSquareImage(window.get(), rect, kFrom, kTo, 0, 0, 0.0));
+    Image flat(VtEspecialFill::GetSquareImage(window.get(), rect, kFrom, kTo, 0, 0, 0.0));
     Image full(VtEspecialFill::GetSquareImage(window.get(), rect, kFrom, kTo, 0, 0, 2 * pi));
     Image turned(VtEspecialFill::GetSquareImage(window.get(), rect, kFrom, kTo, 0, 0, pi / 2));
-    EXPECT_EQ(BytesOf(squares.get()), BytesOf(full.get()));
+    EXPECT_EQ(BytesOf(flat.get()), BytesOf(full.get()));
     // The centre holds the colour nearest to colour 1: the dot, or the first
     // ring or square where the surface draws them over it.
-    EXPECT_LE(std::max(RedAt(rings, 50, 50), RedAt(squares, 50, 50)), 240 * 2 / 71);
+    EXPECT_LE(std::max(RedAt(rings, 50, 50), RedAt(flat, 50, 50)), 240 * 2 / 71);
     EXPECT_EQ(At(rings, 99, 99), Rgb(kTo));
     for (int k = 1; k < 49; ++k) {
-        ASSERT_EQ(At(rings, 50 + k, 50), At(rings, 49 - k, 49)) << k;
-        ASSERT_EQ(At(rings, 50 + k, 50), At(rings, 49, 50 + k)) << k;
+        ASSERT_EQ((Colours{At(rings, 49 - k, 49), At(rings, 49, 50 + k)}), Colours(2, At(rings, 50 + k, 50))) << k;
+        ASSERT_EQ((Colours{At(flat, 50, 50 + k), At(flat, 50 + k, 50 + k / 2)}), Colours(2, At(flat, 50 + k, 50)));
         ASSERT_GE(RedAt(rings, 50 + k, 50), RedAt(rings, 49 + k, 50)) << k;
-        ASSERT_EQ(At(squares, 50 + k, 50), At(squares, 50, 50 + k)) << k;
-        ASSERT_EQ(At(squares, 50 + k, 50), At(squares, 50 + k, 50 + k / 2)) << k;
-        ASSERT_GE(RedAt(squares, 50 + k, 50), RedAt(squares, 49 + k, 50)) << k;
-        // The turned path draws the same squares up to rounding: one square apart at most.
-        ASSERT_LE(std::abs(RedAt(squares, 50 + k, 50 - k / 3) - RedAt(turned, 50 + k, 50 - k / 3)), 240 / 71 + 1) << k;
+        ASSERT_GE(RedAt(flat, 50 + k, 50), RedAt(flat, 49 + k, 50)) << k;
+        // The turned path draws the same flat up to rounding: one square apart at most.
+        ASSERT_LE(std::abs(RedAt(flat, 50 + k, 50 - k / 3) - RedAt(turned, 50 + k, 50 - k / 3)), 240 / 71 + 1) << k;
     }
     // About a centre one full width to the left: no dot, the left edge
     // already a third of the way to colour 2, rising to the right.
@@ -116,7 +114,8 @@ TEST_F(Gradient, GeneratorsNormaliseAndStayOnScreen)
 TEST_F(Gradient, EachKindIsItsGeneratorsImageBlittedInDevicePixels)
 {
     const ZedaRect device(23, 17, 125, 79);  // (20, 15, 120, 75) about the origin (4, 3)
-    const std::pair<int, unsigned int> kinds[] = {{10, kTo}, {11, kTo}, {12, kTo}, {13, kTo}, {9, kTo}, {14, kTo}, {10, kFrom}};
+    const std::pair<int, unsigned int> kinds[] = {{10, kTo}, {11, kTo}, {12, kTo}, {13, kTo},
+                                                  {9, kTo},  {14, kTo}, {10, kFrom}};
     for (const auto& [kind, colour2] : kinds)
         for (int t : {0, 40}) {
             Surface surface = Window(160, 90);
@@ -131,7 +130,8 @@ TEST_F(Gradient, EachKindIsItsGeneratorsImageBlittedInDevicePixels)
                         : kind == 12   ? VtEspecialFill::GetConicalImage(s, device, kFrom, kTo, 100, -30, 0.7)
                                        : VtEspecialFill::GetSquareImage(s, device, kFrom, kTo, 100, -30, 0.7));
             const Bytes expected = ExpectedBlit(s, image.get(), device.left, device.top, 102, 62, plain ? 0 : t);
-            EXPECT_TRUE(VtEspecialFill::GradientRectangle(s, {20, 15, 120, 75}, kFrom, colour2, 0.7, 250, -30, kind, t));
+            EXPECT_TRUE(VtEspecialFill::GradientRectangle(s, {20, 15, 120, 75}, kFrom, colour2, 0.7, 250, -30, kind, t))
+                << kind;
             EXPECT_EQ(BytesOf(s->GetTargetImage()), expected) << kind << " t " << t;
             EXPECT_EQ(StateOf(s), state);
         }
@@ -162,7 +162,7 @@ TEST_F(Gradient, PolygonsShowTheirBoundingBoxGradientOnlyInside)
                                 {10, 80}, {20, 80}, {20, 90}, {10, 90}, {60, 80}, {70, 80}, {70, 90}, {60, 90}};
     const int three[] = {3}, counts[] = {4, 4};
     EXPECT_TRUE(VtEspecialFill::GradientPolygon(surface.get(), points, 3, kFrom, kTo, 0.0, 0, 0, 10, 0));
-    EXPECT_TRUE(VtEspecialFill::GradientPolyPolygon(surface.get(), points + 3, counts, 2, kFrom, kTo, 0.0, 0, 0, 10, 0));
+    EXPECT_TRUE(VtEspecialFill::GradientPolyPolygon(surface.get(), points + 3, counts, 2, kFrom, kTo, 0, 0, 0, 10, 0));
     EXPECT_EQ(StateOf(surface.get()), state);
     EXPECT_EQ(ColoursAt(surface.get(), {{60, 60}, {12, 75}, {8, 12}, {40, 85}}), Colours(4, Rgb(kPaper)));
     // Inside, the gradient of the region's bounds, inflated by one pixel.
