@@ -11,8 +11,8 @@ namespace detail = EspecialFillDetail;
 
 TEST(ColourGeometry, ScreenSizeIsAtLeast1024SquareAndAzimuthKeepsDeviceY)
 {
-    const std::tuple<int, int, ZedaSize> screens[] = {
-        {800, 600, {1024, 1024}}, {1920, 1080, {1920, 1080}}, {1280, 800, {1280, 1024}}};
+    const std::tuple<int, int, ZedaSize> screens[] = {{800, 600, {1024, 1024}}, {1920, 1080, {1920, 1080}},
+                                                      {1280, 800, {1280, 1024}}};
     for (const auto& [width, height, expected] : screens) {
         VtToolkit::SetScreenSize(width, height);
         EXPECT_EQ(VtEspecialFill::GetScreenSize(), expected) << width;
@@ -111,17 +111,13 @@ TEST(BlendKernels, EveryPathMatchesTheFormulaAndForcesTheFourthByte)
 {
     using Kernel = void (*)(const unsigned char*, unsigned char*, std::size_t, unsigned, std::uint32_t);
     namespace k = detail::Kernels;
+    // Each vector path finished by the portable formula, and the dispatcher.
     std::vector<std::pair<const char*, Kernel>> kernels = {
-        {"portable", [](auto s, auto d, auto n, auto t, auto keep) { k::BlendBytesFrom(0, s, d, n, t, keep); }},
-        {"dispatched", detail::BlendBytes}};
+        {"portable", [](auto... a) { k::BlendBytesFrom(0, a...); }}, {"dispatched", detail::BlendBytes}};
 #if defined(__SSE2__)
-    kernels.emplace_back("sse2", [](auto s, auto d, auto n, auto t, auto keep) {
-        k::BlendBytesFrom(k::BlendBytesSse2(0, s, d, n, t, keep), s, d, n, t, keep);
-    });
+    kernels.emplace_back("sse2", [](auto... a) { k::BlendBytesFrom(k::BlendBytesSse2(0, a...), a...); });
     if (k::HasAvx2())
-        kernels.emplace_back("avx2", [](auto s, auto d, auto n, auto t, auto keep) {
-            k::BlendBytesFrom(k::BlendBytesAvx2(s, d, n, t, keep), s, d, n, t, keep);
-        });
+        kernels.emplace_back("avx2", [](auto... a) { k::BlendBytesFrom(k::BlendBytesAvx2(a...), a...); });
 #endif
     const std::uint32_t keep = detail::ColourBytesMask32();
     unsigned char keepBytes[4];

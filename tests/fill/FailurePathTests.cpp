@@ -23,14 +23,15 @@ using Outcome = std::tuple<std::vector<VtFaultKind>, int, std::vector<std::strin
 // leaves the pixels, the surface's state and the live-object count as they were.
 TEST_F(FailurePaths, EachFaultLogsItsCodesAndLeavesEverythingAsItWas)
 {
+    // A clip, a pen and a brush of the test's own, to be found as they were;
+    // the pen and the brush outlive the surface they are selected into.
+    const std::unique_ptr<VtPen> pen(VtGraphicsManager::NewPen(0));
+    const std::unique_ptr<VtBrush> brush(VtGraphicsManager::NewBrush(0));
+    const std::unique_ptr<VtRgn> clip(VtGraphicsManager::NewRgn(0));
     Surface surface = Window(30, 30), shallow = Window(1, 1, 24);
     VtGraphics* s = surface.get();
     Scramble(s->GetTargetImage(), 2);
     s->SetOrigin(ZedaPoint(3, 2));
-    // A clip, a pen and a brush of the test's own, to be found as they were.
-    const std::unique_ptr<VtRgn> clip(VtGraphicsManager::NewRgn(0));
-    const std::unique_ptr<VtPen> pen(VtGraphicsManager::NewPen(0));
-    const std::unique_ptr<VtBrush> brush(VtGraphicsManager::NewBrush(0));
     clip->CreateRectRegion(0, 0, 28, 29);
     s->SelectClipRegion(clip.get(), VT_CLIP_REPLACE);
     s->SelectPen(pen.get());
@@ -125,14 +126,14 @@ TEST_F(FailurePaths, EachFaultLogsItsCodesAndLeavesEverythingAsItWas)
         const auto make = [&](ZedaRect r) { return Image(kGenerators[g](s, r)) != nullptr; };
         check(names[g], [&] { return make({0, 0, 1, 50}) || make({0, 0, 50, 1}) || make({1930, 0, 1990, 9}); },
               {{{kNone}, 0, {"300:EEa003", "300:EEa003", "300:EEa003"}}});
-        // The linear generator alone draws without a brush.
+        // Linear gradients draw without a brush, and rings about a centre outside without a dot.
         check(names[g], [&] { return make({0, 0, 50, 50}); },
               {{kGraphics, 0, {"300:EGd001"}}, {kImage, 0, {"300:EGd004"}},
-               {g == 0 ? std::vector{VT_FAULT_NEW_PEN} : std::vector{VT_FAULT_NEW_PEN, VT_FAULT_NEW_BRUSH}, 0,
+               {g < 2 ? std::vector{VT_FAULT_NEW_PEN} : std::vector{VT_FAULT_NEW_PEN, VT_FAULT_NEW_BRUSH}, 0,
                 {"300:EGe001"}}});
     }
+    check("radial, centred", [&] { return Image(VtEspecialFill::GetRadialImage(s, square, kFrom, kTo, 0, 0)) != nullptr; },
+          {{{VT_FAULT_NEW_BRUSH}, 0, {"300:EGe001"}}});
     check("linear, empty", [&] { return Image(kGenerators[0](s, {5, 5, 5, 50})) != nullptr; },
           {{{kNone}, 0, {"300:EEf002"}}});
-    s->SelectPen(nullptr);
-    s->SelectBrush(nullptr);
 }

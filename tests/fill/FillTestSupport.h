@@ -161,9 +161,9 @@ using Generator = VtImage* (*)(VtGraphics*, const ZedaRect&);
 
 // The four gradient generators with one set of colours, offsets and angle.
 inline const std::vector<Generator> kGenerators = {
-    [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetLinearImage(g, r, kFrom, kTo, 0.7, 10, 20); },
-    [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetRadialImage(g, r, kFrom, kTo, 10, 20); },
-    [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetConicalImage(g, r, kFrom, kTo, 10, 20, 0.7); },
-    [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetSquareImage(g, r, kFrom, kTo, 10, 20, 0.7); }};
+    [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetLinearImage(g, r, kFrom, kTo, 0.7, 100, -30); },
+    [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetRadialImage(g, r, kFrom, kTo, 100, -30); },
+    [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetConicalImage(g, r, kFrom, kTo, 100, -30, 0.7); },
+    [](VtGraphics* g, const ZedaRect& r) { return VtEspecialFill::GetSquareImage(g, r, kFrom, kTo, 100, -30, 0.7); }};
 
 }  // namespace FillTest

@@ -48,7 +48,7 @@ TEST_F(Gradient, LinearBandsOnScreenAndOnPaper)
     EXPECT_LE(differing, 10);
 }
 
-TEST_F(Gradient, RingsAndSquaresAreCentredAndSymmetric)
+TEST_F(Gradient, RingsSquaresAndSectorsAroundTheirCentre)
 {
     Surface window = Window(200, 200);
     const ZedaRect rect(0, 0, 100, 100);
@@ -66,7 +66,7 @@ TEST_F(Gradient, RingsAndSquaresAreCentredAndSymmetric)
         ASSERT_EQ((Colours{At(flat, 50, 50 + k), At(flat, 50 + k, 50 + k / 2)}), Colours(2, At(flat, 50 + k, 50)));
         ASSERT_GE(RedAt(rings, 50 + k, 50), RedAt(rings, 49 + k, 50)) << k;
         ASSERT_GE(RedAt(flat, 50 + k, 50), RedAt(flat, 49 + k, 50)) << k;
-        // The turned path draws the same flat up to rounding: one square apart at most.
+        // The turned path draws the same squares up to rounding: one square apart at most.
         ASSERT_LE(std::abs(RedAt(flat, 50 + k, 50 - k / 3) - RedAt(turned, 50 + k, 50 - k / 3)), 240 / 71 + 1) << k;
     }
     // About a centre one full width to the left: no dot, the left edge
@@ -75,17 +75,12 @@ TEST_F(Gradient, RingsAndSquaresAreCentredAndSymmetric)
     EXPECT_TRUE(RedAt(shifted, 0, 50) >= 240 * 45 / 159 && RedAt(shifted, 0, 50) <= 240 * 60 / 159);
     for (int x = 1; x < 100; ++x)
         ASSERT_GE(RedAt(shifted, x, 50), RedAt(shifted, x - 1, 50)) << x;
-}
-
-TEST_F(Gradient, ConicalColourFollowsTheDirection)
-{
-    Surface window = Window(200, 200);
-    const ZedaRect rect(0, 0, 100, 100);
-    Image image(VtEspecialFill::GetConicalImage(window.get(), rect, kFrom, kTo, 0, 0, 0.0));
-    Image turned(VtEspecialFill::GetConicalImage(window.get(), rect, kFrom, kTo, 0, 0, pi / 2));
+    // Conical: the colour follows the direction from the centre.
+    Image sectors(VtEspecialFill::GetConicalImage(window.get(), rect, kFrom, kTo, 0, 0, 0.0));
+    Image up(VtEspecialFill::GetConicalImage(window.get(), rect, kFrom, kTo, 0, 0, pi / 2));
     const unsigned int halfway = ColourAt({0, 0}, {64, 0}, {32, 0});
-    EXPECT_EQ((Colours{At(image, 90, 50), At(image, 10, 50), At(image, 50, 10), At(image, 50, 90), At(turned, 50, 10),
-                       At(turned, 50, 90)}),
+    EXPECT_EQ((Colours{At(sectors, 90, 50), At(sectors, 10, 50), At(sectors, 50, 10), At(sectors, 50, 90),
+                       At(up, 50, 10), At(up, 50, 90)}),
               (Colours{Rgb(kFrom), Rgb(kTo), halfway, halfway, Rgb(kFrom), Rgb(kTo)}));
     // A centre far outside still covers every pixel (the image starts black).
     Image outside(VtEspecialFill::GetConicalImage(window.get(), ZedaRect(0, 0, 100, 60), kFrom, kTo, 100, 100, 1.0));
@@ -124,11 +119,7 @@ TEST_F(Gradient, EachKindIsItsGeneratorsImageBlittedInDevicePixels)
             s->SetOrigin(ZedaPoint(4, 3));
             const SurfaceState state = StateOf(s);
             const bool plain = kind < 10 || kind > 13 || colour2 == kFrom;
-            Image image(plain          ? ImageFor(s, 102, 62, kFrom).release()
-                        : kind == 10   ? VtEspecialFill::GetLinearImage(s, device, kFrom, kTo, 0.7, 100, -30)
-                        : kind == 11   ? VtEspecialFill::GetRadialImage(s, device, kFrom, kTo, 100, -30)
-                        : kind == 12   ? VtEspecialFill::GetConicalImage(s, device, kFrom, kTo, 100, -30, 0.7)
-                                       : VtEspecialFill::GetSquareImage(s, device, kFrom, kTo, 100, -30, 0.7));
+            Image image(plain ? ImageFor(s, 102, 62, kFrom).release() : kGenerators[kind - 10](s, device));
             const Bytes expected = ExpectedBlit(s, image.get(), device.left, device.top, 102, 62, plain ? 0 : t);
             EXPECT_TRUE(VtEspecialFill::GradientRectangle(s, {20, 15, 120, 75}, kFrom, colour2, 0.7, 250, -30, kind, t))
                 << kind;

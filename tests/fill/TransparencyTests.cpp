@@ -1,3 +1,5 @@
+#include <tuple>
+
 #include "FillTestSupport.h"
 
 using namespace FillTest;
@@ -79,15 +81,11 @@ TEST_F(TransparentBlit, MaskedBlitBlendsOnlyUnderBlack)
         }
 }
 
-TEST_F(TransparentBlit, KeyColourAndOpacityOnBothDrawStrategies)
+TEST_F(TransparentBlit, KeyColourOpacityAndUnshiftedRowsOnBothDrawStrategies)
 {
     const unsigned int half = Blended(kInk, kPaper, 50);
-    const struct {
-        bool imageBacked;
-        unsigned int key;
-        int opacity;
-        unsigned int keyed, inked;  // what shows where the image has the key, and its ink
-    } cases[] = {
+    // Image-backed, key, opacity; then what shows where the image has the key, and where it has ink.
+    const std::tuple<bool, unsigned int, int, unsigned int, unsigned int> cases[] = {
         {false, kKey, 100, kPaper, kInk},      {false, kKey, 250, kPaper, kInk}, {false, kKey, -1, kPaper, kInk},
         {false, kKey, 50, kPaper, half},       {false, kKey, 0, kPaper, kPaper},
         {false, kSwappedKey, 100, kKey, kInk},   // no pixel has that key: all drawn
@@ -97,21 +95,17 @@ TEST_F(TransparentBlit, KeyColourAndOpacityOnBothDrawStrategies)
         {true, kSwappedKey, 50, kPaper, half}, {true, kSwappedKey, 25, kPaper, Blended(kInk, kPaper, 75)},
     };
     for (int bits : {24, 32})
-        for (const auto& c : cases) {
-            SCOPED_TRACE(testing::Message() << bits << " bits, " << c.imageBacked << ' ' << c.key << ' ' << c.opacity);
+        for (const auto& [imageBacked, key, opacity, keyed, inked] : cases) {
+            SCOPED_TRACE(testing::Message() << bits << " bits, " << imageBacked << ' ' << key << ' ' << opacity);
             Image target;
-            Surface surface = PaperSurface(c.imageBacked, bits, target);
+            Surface surface = PaperSurface(imageBacked, bits, target);
             Image image = HalvedImage(surface.get(), kKey, kInk);
-            VtEspecialFill::TransparentDraw(surface.get(), image.get(), 4, 0, c.key, c.opacity);
+            VtEspecialFill::TransparentDraw(surface.get(), image.get(), 4, 0, key, opacity);
             EXPECT_EQ(ColoursAt(surface.get(), {{2, 3}, {5, 3}, {10, 3}, {13, 3}}),
-                      (Colours{Rgb(kPaper), Rgb(c.keyed), Rgb(c.inked), Rgb(kPaper)}));
+                      (Colours{Rgb(kPaper), Rgb(keyed), Rgb(inked), Rgb(kPaper)}));
             const unsigned int alpha = ZEDAALPHAVAL(surface->GetTargetImage()->GetPixelColour(10, 3));
-            EXPECT_TRUE(bits == 24 || !c.imageBacked || alpha == 0);
+            EXPECT_TRUE(bits == 24 || !imageBacked || alpha == 0);
         }
-}
-
-TEST_F(TransparentBlit, PixelStrategyDoesNotShiftNegativeStarts)
-{
     Image target;
     Surface surface = PaperSurface(true, 32, target);
     Image image = ImageFor(surface.get(), 4, 4, kInk);
@@ -125,7 +119,7 @@ TEST_F(TransparentBlit, PixelStrategyDoesNotShiftNegativeStarts)
 
 // A fill blends like a blit of an image of its colour, beyond 100 % is
 // invisible and below 0 % opaque. Rows are longer than a blend pattern.
-TEST_F(TransparentShape, RectangleBlendsEveryPixelExactly)
+TEST_F(TransparentShape, RectangleBlendsEveryPixelExactlyWithRedHighAt16Bits)
 {
     for (int bits : {32, 24})
         for (int t : {0, 40, 50, 100, 1, 99, -20, 300}) {
@@ -136,10 +130,7 @@ TEST_F(TransparentShape, RectangleBlendsEveryPixelExactly)
             EXPECT_TRUE(VtEspecialFill::TransparentRectangle(surface.get(), ZedaRect(5, 4, 46, 14), kInk, t));
             EXPECT_EQ(BytesOf(surface->GetTargetImage()), expected) << bits << " bits, t " << t;
         }
-}
-
-TEST_F(TransparentShape, SixteenBitFillPutsRedHigh)
-{
+    // At 16 bits, unlike a blit, red goes in the high bits.
     Surface surface = Window(8, 8, 16, 0);
     EXPECT_TRUE(VtEspecialFill::TransparentRectangle(surface.get(), ZedaRect(0, 0, 4, 4), ZEDARGB(255, 0, 0), 50));
     EXPECT_TRUE(VtEspecialFill::TransparentRectangle(surface.get(), ZedaRect(4, 4, 8, 8), ZEDARGB(7, 3, 255), 1));
