@@ -260,13 +260,15 @@ private:
     cairo_format_t format_ = CAIRO_FORMAT_INVALID;
 };
 
-void PaintDirectly(const RasterView& target, cairo_format_t format, const ShapeOp& op, Pass pass, uint32_t colour,
+// False when cairo cannot take the raster (beyond 32767 pixels a side, or
+// out of memory): the mask, only as large as the shape, still can.
+bool PaintDirectly(const RasterView& target, cairo_format_t format, const ShapeOp& op, Pass pass, uint32_t colour,
                    const cairo_region_t* clip, const ZedaRect& area)
 {
     thread_local DirectCanvas canvas;
     cairo_t* cr = canvas.On(target, format);
     if (cr == nullptr) {
-        return;
+        return false;
     }
     cairo_new_path(cr);
     if (clip != nullptr) {
@@ -282,6 +284,7 @@ void PaintDirectly(const RasterView& target, cairo_format_t format, const ShapeO
     } else {
         cairo_fill(cr);
     }
+    return true;
 }
 
 void PaintThroughMask(const RasterView& target, const ShapeOp& op, Pass pass, uint32_t colour,
@@ -413,9 +416,7 @@ void PaintShape(const RasterView& target, const ShapeOp& op, const cairo_region_
         } else if (op.kind == ShapeOp::Kind::Polygon && pass == Pass::Interior &&
                    FillPolygonInterior(target, op, colour, clip, area)) {
             continue;
-        } else if (format) {
-            PaintDirectly(target, *format, op, pass, colour, clip, area);
-        } else {
+        } else if (!format || !PaintDirectly(target, *format, op, pass, colour, clip, area)) {
             PaintThroughMask(target, op, pass, colour, clip, area);
         }
     }

@@ -300,6 +300,25 @@ TEST(PolygonScanTest, InteriorsAndRegionsEqualCairosRasterisation)
     }
 }
 
+TEST(DirectPaintTest, RastersTooWideForCairoStillTakeShapes)
+{
+    // cairo's image surfaces end at 32767 pixels a side; such rasters fall
+    // back to a coverage mask of the shape's own size, and agree with 24 bits.
+    std::vector<std::vector<bool>> inked;
+    for (int bpp : {32, 16, 24}) {
+        auto image = MakeImage(33000, 6, bpp);
+        auto graphics = GraphicsOn(image.get());
+        auto pen = MakePen(kInk, 2);
+        graphics->SelectPen(pen.get());
+        graphics->DrawLine({32970, 0}, {32999, 5});
+        graphics->DrawArc(ZedaRect(32900, 0, 32960, 6), {32930, 0}, {32930, 0});
+        inked.push_back(InkedPixels(*image));
+    }
+    EXPECT_GT(std::count(inked[0].begin(), inked[0].end(), true), 40);
+    EXPECT_EQ(inked[0], inked[2]);
+    EXPECT_EQ(inked[1], inked[2]);
+}
+
 // Bytes the allocator has handed out and not taken back.
 std::size_t HeapInUse() { return mallinfo2().uordblks; }
 
