@@ -75,12 +75,8 @@ TEST(ColourGeometry, AxisOfEveryOctantAndOfAnglesOutOfRange)
     }
 }
 
-namespace {
-
-unsigned Load16(const unsigned char* p) { return p[0] | (p[1] << 8); }
-void Store16(unsigned char* p, unsigned v) { p[0] = v & 0xFF, p[1] = (v >> 8) & 0xFF; }
-
-}  // namespace
+static unsigned Load16(const unsigned char* p) { return p[0] | (p[1] << 8); }
+static void Store16(unsigned char* p, unsigned v) { p[0] = v & 0xFF, p[1] = (v >> 8) & 0xFF; }
 
 TEST(PixelAccess, EveryLayout)
 {

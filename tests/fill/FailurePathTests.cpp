@@ -132,7 +132,7 @@ TEST_F(FailurePaths, EachFaultLogsItsCodesAndLeavesEverythingAsItWas)
                {g < 2 ? std::vector{VT_FAULT_NEW_PEN} : std::vector{VT_FAULT_NEW_PEN, VT_FAULT_NEW_BRUSH}, 0,
                 {"300:EGe001"}}});
     }
-    check("radial, centred", [&] { return Image(VtEspecialFill::GetRadialImage(s, square, kFrom, kTo, 0, 0)) != nullptr; },
+    check("radial, centred", [&] { return bool(Image(VtEspecialFill::GetRadialImage(s, square, kFrom, kTo, 0, 0))); },
           {{{VT_FAULT_NEW_BRUSH}, 0, {"300:EGe001"}}});
     check("linear, empty", [&] { return Image(kGenerators[0](s, {5, 5, 5, 50})) != nullptr; },
           {{{kNone}, 0, {"300:EEf002"}}});

@@ -32,7 +32,6 @@ inline Surface Window(int width, int height, int bits = 32, unsigned int colour 
     return surface;
 }
 
-// An image in the surface's format, every pixel `colour`.
 inline Image ImageFor(VtGraphics* surface, int width, int height, unsigned int colour)
 {
     Image image(VtGraphicsManager::NewImage(0));
@@ -137,8 +136,7 @@ inline SurfaceState StateOf(VtGraphics* s)
     return state;
 }
 
-// Each test starts with an empty log and a 1920 x 1080 screen, and ends with
-// everything the renderer made gone and no log it did not take.
+// Starts with an empty log and a 1920 x 1080 screen; ends with nothing leaked and no log left untaken.
 class FillTestBase : public ::testing::Test {
 protected:
     void SetUp() override

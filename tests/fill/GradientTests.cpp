@@ -10,10 +10,10 @@ namespace {
 
 class Gradient : public FillTestBase {};
 
-unsigned int ColourAt(ZedaPoint start, ZedaPoint end, ZedaPoint point)
+unsigned int ColourAlong(int x, int length)
 {
     unsigned int colour = 0;
-    VtEspecialFill::GetColor(start, end, kFrom, kTo, point, colour);
+    VtEspecialFill::GetColor({0, 0}, {length, 0}, kFrom, kTo, {x, 0}, colour);
     return Rgb(colour);
 }
 
@@ -31,21 +31,22 @@ TEST_F(Gradient, LinearBandsOnScreenAndOnPaper)
         Image image(VtEspecialFill::GetLinearImage(surface, ZedaRect(0, 0, 300, 10), kFrom, kTo, 0.0, 0, 0));
         for (int x = 0; x < 300; x += step)
             for (int y : {0, 9})
-                ASSERT_EQ(At(image, x, y), ColourAt({0, 0}, {300, 0}, {x, 0})) << step << ' ' << x << ',' << y;
+                ASSERT_EQ(At(image, x, y), ColourAlong(x, 300)) << step << ' ' << x << ',' << y;
         EXPECT_EQ(At(image, 299, 5), Rgb(kTo));
     }
     // Upwards: horizontal bands, colour 1 at the bottom.
     Image upwards(VtEspecialFill::GetLinearImage(window.get(), ZedaRect(0, 0, 10, 300), kFrom, kTo, pi / 2, 0, 0));
     EXPECT_EQ((Colours{At(upwards, 5, 299), At(upwards, 5, 0), At(upwards, 0, 150)}),
               (Colours{Rgb(kFrom), Rgb(kTo), At(upwards, 9, 150)}));
-    // Slanted: colour 1 bottom left, colour 2 top right, rising along the axis, constant across it.
-    Image slanted(VtEspecialFill::GetLinearImage(window.get(), ZedaRect(0, 0, 120, 120), kFrom, kTo, pi / 4, 0, 0));
-    EXPECT_EQ((Colours{At(slanted, 0, 119), At(slanted, 119, 0)}), (Colours{Rgb(kFrom), Rgb(kTo)}));
-    EXPECT_TRUE(RedAt(slanted, 30, 90) < RedAt(slanted, 60, 60) && RedAt(slanted, 60, 60) < RedAt(slanted, 90, 30));
-    int differing = 0;
-    for (int d = 10; d < 110; ++d)
-        differing += At(slanted, d, d) != At(slanted, d + 5, d + 5) ? 1 : 0;
-    EXPECT_LE(differing, 10);
+    // Slanted: colour 1 bottom left, colour 2 top right, rising along the axis, constant across
+    // it, and every pixel covered (the image starts black).
+    Image slanted(VtEspecialFill::GetLinearImage(window.get(), ZedaRect(0, 0, 160, 60), kFrom, kTo, pi / 6, 0, 0));
+    EXPECT_EQ((Colours{At(slanted, 0, 59), At(slanted, 159, 0)}), (Colours{Rgb(kFrom), Rgb(kTo)}));
+    EXPECT_TRUE(RedAt(slanted, 20, 40) < RedAt(slanted, 80, 30) && RedAt(slanted, 80, 30) < RedAt(slanted, 140, 20));
+    for (int i = 0; i < 160 * 60; ++i)
+        ASSERT_NE(At(slanted, i % 160, i / 160), 0u) << i % 160 << ',' << i / 160;
+    for (int d = 0; d < 40; d += 10)  // across the axis: 1 to the right for 1.73 down
+        EXPECT_NEAR(RedAt(slanted, 60 + d, 5 + d * 173 / 100), RedAt(slanted, 60, 5), 240 / 50) << d;
 }
 
 TEST_F(Gradient, RingsSquaresAndSectorsAroundTheirCentre)
@@ -78,10 +79,11 @@ TEST_F(Gradient, RingsSquaresAndSectorsAroundTheirCentre)
     // Conical: the colour follows the direction from the centre.
     Image sectors(VtEspecialFill::GetConicalImage(window.get(), rect, kFrom, kTo, 0, 0, 0.0));
     Image up(VtEspecialFill::GetConicalImage(window.get(), rect, kFrom, kTo, 0, 0, pi / 2));
-    const unsigned int halfway = ColourAt({0, 0}, {64, 0}, {32, 0});
+    // 64 sectors each way on screen: straight up is sector 32, 5.7 degrees up sector 2.
+    const unsigned int halfway = ColourAlong(32, 64), second = ColourAlong(2, 64);
     EXPECT_EQ((Colours{At(sectors, 90, 50), At(sectors, 10, 50), At(sectors, 50, 10), At(sectors, 50, 90),
-                       At(up, 50, 10), At(up, 50, 90)}),
-              (Colours{Rgb(kFrom), Rgb(kTo), halfway, halfway, Rgb(kFrom), Rgb(kTo)}));
+                       At(sectors, 90, 46), At(up, 50, 10), At(up, 50, 90)}),
+              (Colours{Rgb(kFrom), Rgb(kTo), halfway, halfway, second, Rgb(kFrom), Rgb(kTo)}));
     // A centre far outside still covers every pixel (the image starts black).
     Image outside(VtEspecialFill::GetConicalImage(window.get(), ZedaRect(0, 0, 100, 60), kFrom, kTo, 100, 100, 1.0));
     for (int i = 0; i < 6000; ++i)
@@ -94,7 +96,7 @@ TEST_F(Gradient, GeneratorsNormaliseAndStayOnScreen)
     VtToolkit::SetScreenSize(1024, 1024);
     const auto sizeOf = [&](Generator generator, ZedaRect rect) {
         const Image image(generator(window.get(), rect));
-        return ZedaSize(image->GetWidth(), image->GetHeight());
+        return image ? ZedaSize(image->GetWidth(), image->GetHeight()) : ZedaSize();
     };
     // 2 x 2 is the smallest painted.
     for (Generator generator : kGenerators)
