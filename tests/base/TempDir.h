@@ -12,26 +12,19 @@ namespace lqtest {
 // A fresh directory under the system temporary directory, removed with its contents.
 class TempDir {
 public:
-    TempDir()
+    TempDir() : path_((std::filesystem::temp_directory_path() / "lqbase-XXXXXX").string())
     {
-        std::string pattern = (std::filesystem::temp_directory_path() / "lqbase-XXXXXX").string();
-        if (!mkdtemp(pattern.data()))
+        if (mkdtemp(path_.data()) == nullptr)
             throw std::runtime_error("cannot create a temporary directory");
-        path_ = pattern;
     }
     ~TempDir() { std::filesystem::remove_all(path_); }
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
 
-    std::filesystem::path Path(const std::string& name) const { return path_ / name; }
-    ZEDA::ZedaUnicodeString Unicode(const std::string& name) const
-    {
-        return ZEDA::ZedaUnicodeString::FromUtf8(Path(name).string());
-    }
-    ZEDA::ZedaUnicodeString Dir() const { return ZEDA::ZedaUnicodeString::FromUtf8(path_.string() + "/"); }
+    std::filesystem::path Path(const std::string& name) const { return std::filesystem::path(path_) / name; }
+    ZEDA::ZedaUnicodeString Unicode(const std::string& name) const { return ZEDA::ZedaUnicodeString::FromUtf8(Path(name).string()); }
+    ZEDA::ZedaUnicodeString Dir() const { return ZEDA::ZedaUnicodeString::FromUtf8(path_ + "/"); }
 
 private:
-    std::filesystem::path path_;
+    std::string path_;
 };
 
 }  // namespace lqtest

@@ -6,44 +6,23 @@
 
 using VTC::VtToolkit;
 
-namespace {
-
-class ScreenSizeTest : public ::testing::Test {
-protected:
-    void TearDown() override
-    {
-        unsetenv("LQ_SCREEN_SIZE");
-        VtToolkit::ResetScreenSize();
-    }
-};
-
-}  // namespace
-
-TEST_F(ScreenSizeTest, SetValueThenEnvironmentThenDefault)
+// A size set in the program wins over LQ_SCREEN_SIZE, which wins over 1920 x 1080.
+TEST(VtToolkit, ScreenSizeFromProgramEnvironmentOrDefault)
 {
+    const auto expectSize = [](int width, int height, const char* why) {
+        EXPECT_EQ(VtToolkit::GetScreenSize(0), width) << why;
+        EXPECT_EQ(VtToolkit::GetScreenSize(1), height) << why;
+    };
     unsetenv("LQ_SCREEN_SIZE");
-    EXPECT_EQ(VtToolkit::GetScreenSize(0), 1920);
-    EXPECT_EQ(VtToolkit::GetScreenSize(1), 1080);
-
-    setenv("LQ_SCREEN_SIZE", "800x600", 1);
-    EXPECT_EQ(VtToolkit::GetScreenSize(0), 800);
-    EXPECT_EQ(VtToolkit::GetScreenSize(1), 600);
-
-    VtToolkit::SetScreenSize(1024, 768);
-    EXPECT_EQ(VtToolkit::GetScreenSize(0), 1024);
-    EXPECT_EQ(VtToolkit::GetScreenSize(1), 768);
-
-    VtToolkit::ResetScreenSize();
-    EXPECT_EQ(VtToolkit::GetScreenSize(0), 800);
-}
-
-TEST_F(ScreenSizeTest, MalformedEnvironmentIsIgnored)
-{
-    for (const char* value : {"800", "800x", "x600", "800x600x2", "-800x600", "0x600", "abcxdef", "800 x600", ""}) {
-        setenv("LQ_SCREEN_SIZE", value, 1);
-        EXPECT_EQ(VtToolkit::GetScreenSize(0), 1920) << value;
-        EXPECT_EQ(VtToolkit::GetScreenSize(1), 1080) << value;
+    expectSize(1920, 1080, "default");
+    for (const char* malformed : {"800", "800x", "x600", "800x600x2", "-800x600", "0x600", "abcxdef", "800 x600", ""}) {
+        setenv("LQ_SCREEN_SIZE", malformed, 1);
+        expectSize(1920, 1080, malformed);
     }
     setenv("LQ_SCREEN_SIZE", "3840X2160", 1);
-    EXPECT_EQ(VtToolkit::GetScreenSize(0), 3840);
+    expectSize(3840, 2160, "environment");
+    VtToolkit::SetScreenSize(1024, 768);
+    expectSize(1024, 768, "set");
+    VtToolkit::ResetScreenSize();
+    unsetenv("LQ_SCREEN_SIZE");
 }
