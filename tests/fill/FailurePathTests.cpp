@@ -85,11 +85,10 @@ TEST_F(FailurePaths, EachFaultLogsItsCodesAndLeavesEverythingAsItWas)
           {{kGraphics, 0, {"300:EGd002"}}, {kGraphics, 1, {"300:EGd003"}}, {kImage, 0, {"300:EGd007", "300:EGd004"}},
            {kImage, 1, {"300:EGd006"}}});
     // Vector documents take no transparent fill, silently.
-    VtGraphics* v = vector.get();
     check("vector", [&] {
-        return VtEspecialFill::TransparentRectangle(v, square, kInk, 40) ||
-               VtEspecialFill::TransparentPolygon(v, triangle, 3, kInk, 40) ||
-               VtEspecialFill::TransparentPolyPolygon(v, triangle, three, 1, kInk, 40);
+        return VtEspecialFill::TransparentRectangle(vector.get(), square, kInk, 40) ||
+               VtEspecialFill::TransparentPolygon(vector.get(), triangle, 3, kInk, 40) ||
+               VtEspecialFill::TransparentPolyPolygon(vector.get(), triangle, three, 1, kInk, 40);
     }, {{{kNone}, 0, {}}});
     for (bool poly : {false, true}) {
         const auto transparent = [&](const ZedaPoint* p) {
@@ -123,7 +122,7 @@ TEST_F(FailurePaths, EachFaultLogsItsCodesAndLeavesEverythingAsItWas)
           {{{VT_FAULT_NEW_BRUSH, VT_FAULT_NEW_PEN}, 0, {"300:EGe001"}}});
     const char* names[] = {"linear", "radial", "conical", "square"};
     for (std::size_t g = 0; g < kGenerators.size(); ++g) {
-        const auto make = [&](ZedaRect r) { return Image(kGenerators[g](s, r)) != nullptr; };
+        const auto make = [&](ZedaRect r) { return bool(Image(kGenerators[g](s, r))); };
         check(names[g], [&] { return make({0, 0, 1, 50}) || make({0, 0, 50, 1}) || make({1930, 0, 1990, 9}); },
               {{{kNone}, 0, {"300:EEa003", "300:EEa003", "300:EEa003"}}});
         // Linear gradients draw without a brush, and rings about a centre outside without a dot.
@@ -134,6 +133,6 @@ TEST_F(FailurePaths, EachFaultLogsItsCodesAndLeavesEverythingAsItWas)
     }
     check("radial, centred", [&] { return bool(Image(VtEspecialFill::GetRadialImage(s, square, kFrom, kTo, 0, 0))); },
           {{{VT_FAULT_NEW_BRUSH}, 0, {"300:EGe001"}}});
-    check("linear, empty", [&] { return Image(kGenerators[0](s, {5, 5, 5, 50})) != nullptr; },
+    check("linear, empty", [&] { return bool(Image(kGenerators[0](s, {5, 5, 5, 50}))); },
           {{{kNone}, 0, {"300:EEf002"}}});
 }

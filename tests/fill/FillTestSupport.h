@@ -152,6 +152,8 @@ protected:
         EXPECT_EQ(VtGraphicsManager::GetLiveObjectCount(), live_) << "objects leaked by the renderer";
         EXPECT_EQ(TakeLog(), std::vector<std::string>{}) << "failures nobody expected";
     }
+
+private:
     int live_ = 0;
 };
 

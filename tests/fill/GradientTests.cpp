@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdlib>
 #include <numbers>
 
@@ -113,18 +114,17 @@ TEST_F(Gradient, EachKindIsItsGeneratorsImageBlittedInDevicePixels)
     const ZedaRect device(23, 17, 125, 79);  // (20, 15, 120, 75) about the origin (4, 3)
     const std::pair<int, unsigned int> kinds[] = {{10, kTo}, {11, kTo}, {12, kTo}, {13, kTo},
                                                   {9, kTo},  {14, kTo}, {10, kFrom}};
-    for (const auto& [kind, colour2] : kinds)
+    for (const auto& [kind, to] : kinds)
         for (int t : {0, 40}) {
             Surface surface = Window(160, 90);
             VtGraphics* s = surface.get();
             Scramble(s->GetTargetImage(), 11);
             s->SetOrigin(ZedaPoint(4, 3));
             const SurfaceState state = StateOf(s);
-            const bool plain = kind < 10 || kind > 13 || colour2 == kFrom;
+            const bool plain = kind < 10 || kind > 13 || to == kFrom;
             Image image(plain ? ImageFor(s, 102, 62, kFrom).release() : kGenerators[kind - 10](s, device));
             const Bytes expected = ExpectedBlit(s, image.get(), device.left, device.top, 102, 62, plain ? 0 : t);
-            EXPECT_TRUE(VtEspecialFill::GradientRectangle(s, {20, 15, 120, 75}, kFrom, colour2, 0.7, 250, -30, kind, t))
-                << kind;
+            EXPECT_TRUE(VtEspecialFill::GradientRectangle(s, {20, 15, 120, 75}, kFrom, to, 0.7, 250, -30, kind, t));
             EXPECT_EQ(BytesOf(s->GetTargetImage()), expected) << kind << " t " << t;
             EXPECT_EQ(StateOf(s), state);
         }
