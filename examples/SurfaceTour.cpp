@@ -30,17 +30,19 @@ using ImagePtr = std::unique_ptr<VTC::VtImage>;
 constexpr int kWidth = 320;
 constexpr int kHeight = 240;
 
+// Pen widths are in logical units; a width of 0 is one pixel at any scale, kNoPen a pen that draws no outline.
+constexpr double kNoPen = -1.0;
+
 // A graphics never owns the pen and brush selected into it: this keeps both alive while they are selected and
 // selects the previous ones back before they are destroyed.
 class Paint {
 public:
-    Paint(VtGraphics& graphics, unsigned int penColour, double penWidth, unsigned int brushColour,
-          bool fill = true)
+    Paint(VtGraphics& graphics, unsigned int penColour, double penWidth, unsigned int brushColour = 0)
         : graphics_(graphics), pen_(VtGraphicsManager::NewPen(0)), brush_(VtGraphicsManager::NewBrush(0))
     {
-        // A pen of width 0 is one pixel wide at any scale; a null pen (VT_PEN_NULL) draws no outline.
-        pen_->CreatePen(penWidth < 0 ? VTC::VT_PEN_NULL : VTC::VT_PEN_SOLID, penColour, 0, 0, std::max(penWidth, 0.0));
-        brush_->CreateBrush(fill ? VTC::VT_BRUSH_SOLID : VTC::VT_BRUSH_NULL, brushColour, 0, 0, ZedaSize(), 0);
+        const int penStyle = penWidth < 0 ? VTC::VT_PEN_NULL : VTC::VT_PEN_SOLID;
+        pen_->CreatePen(penStyle, penColour, 0, 0, std::max(penWidth, 0.0));
+        brush_->CreateBrush(VTC::VT_BRUSH_SOLID, brushColour, 0, 0, ZedaSize(), 0);
         previousPen_ = graphics_.SelectPen(pen_.get());
         previousBrush_ = graphics_.SelectBrush(brush_.get());
     }
@@ -57,8 +59,6 @@ private:
     VTC::VtPen* previousPen_ = nullptr;
     VTC::VtBrush* previousBrush_ = nullptr;
 };
-
-constexpr double kNoPen = -1.0;
 
 // A checkerboard picture in the surface's own pixel format, as the renderer's blits expect. Images are in device
 // pixels, so its size comes from the extent it will cover in logical units.
@@ -85,13 +85,13 @@ void DrawScene(VtGraphics& g)
     }
 
     // A linear gradient, left to right (angles are radians, counter-clockwise). A native-gradient surface fills
-    // its clip's box instead of the rectangle, so clip to the rectangle first; elsewhere the clip changes nothing.
-    // Regions are in device pixels.
+    // its clip's box instead of the rectangle, so clip to the rectangle (regions are in device pixels) first;
+    // there the call returns false for linear and radial kinds although it drew them.
     const ZedaRect gradient(16, 16, 144, 96);
-    ZedaRect deviceGradient = gradient;
-    g.LogicalToDeviceRect(deviceGradient);
+    ZedaRect box = gradient;
+    g.LogicalToDeviceRect(box);
     std::unique_ptr<VTC::VtRgn> clip(VtGraphicsManager::NewRgn(0));
-    clip->CreateRectRegion(deviceGradient.left, deviceGradient.top, deviceGradient.right, deviceGradient.bottom);
+    clip->CreateRectRegion(box.left, box.top, box.right, box.bottom);
     VTC::VtRgn* previousClip = g.SelectClipRegion(clip.get(), VTC::VT_CLIP_INTERSECT);
     VtEspecialFill::GradientRectangle(&g, gradient, ZEDARGB(255, 140, 0), ZEDARGB(90, 40, 160), 0.0, 0, 0,
                                       /*linear*/ 10, /*transparency*/ 0);
@@ -107,13 +107,13 @@ void DrawScene(VtGraphics& g)
         g.DrawEllipse(ZedaRect(16, 120, 144, 224));
     }
     {
-        // The upper half of the circle's outline, counter-clockwise from its right end to its left end, closed by
-        // a one-pixel line.
-        Paint paint(g, ZEDARGB(0, 130, 60), 3, 0, /*fill*/ false);
+        // Arcs and lines use only the pen. The upper half of a circle, counter-clockwise from its right end to its
+        // left end, closed by a one-pixel line (which draws its first pixel and not its last).
+        Paint paint(g, ZEDARGB(0, 130, 60), 3);
         g.DrawArc(ZedaRect(176, 120, 304, 224), ZedaPoint(304, 172), ZedaPoint(176, 172));
     }
     {
-        Paint paint(g, ZEDARGB(0, 0, 0), 0, 0, false);
+        Paint paint(g, ZEDARGB(0, 0, 0), 0);
         g.DrawLine(ZedaPoint(176, 172), ZedaPoint(304, 172));
     }
 
@@ -130,19 +130,20 @@ void DrawScene(VtGraphics& g)
     }
 }
 
+// One line per file.
 bool Report(bool written, const std::filesystem::path& file)
 {
     std::printf("%s %s\n", written ? "wrote" : "FAILED", file.c_str());
     return written;
 }
 
-// Draws the scene onto a raster surface and saves what it shows as <name>.png.
-bool Tour(const std::filesystem::path& dir, const char* name, VtGraphics* surface)
+// Draws the scene onto a surface that can be read back and saves what it shows as <name>.png.
+bool Tour(const std::filesystem::path& dir, const std::string& name, VtGraphics* surface)
 {
-    if (surface == nullptr)
-        return Report(false, dir / name);
-    DrawScene(*surface);
-    return Report(surface->SavePng(dir / (std::string(name) + ".png")), dir / (std::string(name) + ".png"));
+    const std::filesystem::path png = dir / (name + ".png");
+    if (surface != nullptr)
+        DrawScene(*surface);
+    return Report(surface != nullptr && surface->SavePng(png), png);
 }
 
 }  // namespace
@@ -154,10 +155,11 @@ int main(int argc, char** argv)
     std::filesystem::create_directories(dir, error);
     bool ok = !error;
 
-    // Window surfaces keep their pixels in memory without a display; 16-bit pixels show the 5-6-5 banding.
+    // Window surfaces keep their pixels in memory, without a display; 16-bit pixels hold 5, 6 and 5 bits of red,
+    // green and blue, so their colours come out a little coarser.
     for (const int bits : {16, 24, 32}) {
         GraphicsPtr window(VtGraphicsManager::CreateWindowGraphics(kWidth, kHeight, bits));
-        ok &= Tour(dir, ("window" + std::to_string(bits)).c_str(), window.get());
+        ok &= Tour(dir, "window" + std::to_string(bits), window.get());
     }
 
     // A memory graphics draws on whichever image is selected into it. Select the previous one back before the
@@ -207,7 +209,8 @@ int main(int argc, char** argv)
     {
         const std::filesystem::path svg = dir / "vector.svg";
         std::filesystem::remove(svg, error);  // so that the check below sees this run's document
-        GraphicsPtr document(VtGraphicsManager::CreateVectorGraphics(svg, VTC::VT_VECTOR_SVG, kWidth, kHeight, false));
+        GraphicsPtr document(
+            VtGraphicsManager::CreateVectorGraphics(svg, VTC::VT_VECTOR_SVG, kWidth, kHeight, /*printing*/ false));
         if (document)
             DrawScene(*document);
         ok &= Report(document && document->SavePdf(dir / "vector.pdf"), dir / "vector.pdf");
@@ -215,7 +218,7 @@ int main(int argc, char** argv)
         ok &= Report(std::filesystem::exists(svg), svg);
     }
 
-    // Failures are not thrown: the platform and the renderer record them in the log.
+    // Nothing is thrown: the platform and the renderer record their failures in the log.
     for (const VTC::VtLogRecord& record : VTC::VtLogFile::GetInstance(false)->GetRecords())
         std::fprintf(stderr, "log: %d %s %s:%d\n", record.level, record.code.c_str(), record.source.c_str(),
                      record.line);
