@@ -19,6 +19,12 @@ enum class Pass { Interior, Outline };
 // first pixel is drawn and its last is not.
 constexpr double kLineEndPull = 1.0 / 32.0;
 
+// Outlines of rectangles, ellipses and arcs run this far inside the bounds,
+// through the centres of the edge pixels: a one-pixel pen covers exactly the
+// edge pixels of the bounds, and a wider pen, centred on the path, reaches
+// past them by half its width.
+constexpr double kOutlineInset = 0.5;
+
 void SetColour(cairo_t* cr, uint32_t colour)
 {
     cairo_set_source_rgb(cr, ZEDAREDVAL(colour) / 255.0, ZEDAGREENVAL(colour) / 255.0, ZEDABLUEVAL(colour) / 255.0);
@@ -40,6 +46,7 @@ double EllipseAngle(const ZedaRect& b, const ZedaPoint& p)
     return std::atan2((p.y - cy) / ry, (p.x - cx) / rx);
 }
 
+// The ellipse of the bounds, moved in by `inset` (out where negative).
 void TraceEllipse(cairo_t* cr, const ShapeOp& op, double inset, bool whole)
 {
     const ZedaRect& b = op.bounds;
@@ -107,51 +114,85 @@ bool HasOutline(const ShapeOp& op)
     }
 }
 
-// Puts the path of one pass on `cr`, sets the stroke parameters, and says
-// whether the path is to be stroked (true) or filled (false).
-bool TracePass(cairo_t* cr, const ShapeOp& op, Pass pass)
+void PaintInterior(cairo_t* cr, const ShapeOp& op)
 {
-    cairo_new_path(cr);
-    if (pass == Pass::Interior) {
-        cairo_set_fill_rule(cr, CAIRO_FILL_RULE_EVEN_ODD);
-        if (op.kind == ShapeOp::Kind::Polygon) {
-            TracePolygon(cr, op, 0.0);
-        } else if (op.kind == ShapeOp::Kind::Rectangle) {
-            TraceRect(cr, op.bounds.left, op.bounds.top, op.bounds.right, op.bounds.bottom);
-        } else {
-            TraceEllipse(cr, op, 0.0, true);
-        }
-        return false;
+    cairo_set_fill_rule(cr, CAIRO_FILL_RULE_EVEN_ODD);
+    if (op.kind == ShapeOp::Kind::Polygon) {
+        TracePolygon(cr, op, 0.0);
+    } else if (op.kind == ShapeOp::Kind::Rectangle) {
+        TraceRect(cr, op.bounds.left, op.bounds.top, op.bounds.right, op.bounds.bottom);
+    } else {
+        TraceEllipse(cr, op, 0.0, true);
     }
+    cairo_fill(cr);
+}
+
+void PaintRectangleOutline(cairo_t* cr, const ShapeOp& op, double half)
+{
+    const ZedaRect& b = op.bounds;
+    const double in = kOutlineInset;
+    // Once the pen closes the hole in the middle it covers one box.
+    if (2 * half >= std::min(b.Width(), b.Height()) - 2 * in) {
+        TraceRect(cr, b.left + in - half, b.top + in - half, b.right - in + half, b.bottom - in + half);
+        cairo_fill(cr);
+        return;
+    }
+    TraceRect(cr, b.left + in, b.top + in, b.right - in, b.bottom - in);
+    cairo_stroke(cr);
+}
+
+void PaintEllipseOutline(cairo_t* cr, const ShapeOp& op, double half)
+{
+    bool whole = op.kind == ShapeOp::Kind::Ellipse || op.arcStart == op.arcEnd;
+    const double radius = std::min(op.bounds.Width(), op.bounds.Height()) / 2.0 - kOutlineInset;
+    // A pen reaching past the centre covers the whole shape. cairo would
+    // leave a hole where the inner edge of such a stroke turns over, so the
+    // ellipse grown by half the pen is filled; the stroke still adds what an
+    // eccentric ellipse's outline reaches beyond that grown ellipse.
+    if (half > radius) {
+        TraceEllipse(cr, op, kOutlineInset - half, true);
+        cairo_fill(cr);
+        if (radius <= 0) {
+            return;  // the path has collapsed onto a line, which the fill covers
+        }
+        whole = true;
+    }
+    TraceEllipse(cr, op, kOutlineInset, whole);
+    cairo_stroke(cr);
+}
+
+void PaintOutline(cairo_t* cr, const ShapeOp& op)
+{
     const double width = op.stroke->width;
     cairo_set_line_width(cr, width);
     cairo_set_line_cap(cr, CAIRO_LINE_CAP_BUTT);
     cairo_set_line_join(cr, CAIRO_LINE_JOIN_MITER);
     cairo_set_fill_rule(cr, CAIRO_FILL_RULE_WINDING);
-    const double half = width / 2.0;
-    // A pen too wide for the bounds covers the whole shape.
-    const bool solid = 2 * half >= std::min(op.bounds.Width(), op.bounds.Height());
     switch (op.kind) {
     case ShapeOp::Kind::Line:
         TraceLine(cr, op);
-        return true;
+        cairo_stroke(cr);
+        return;
     case ShapeOp::Kind::Polygon:
         TracePolygon(cr, op, 0.5);
-        return true;
+        cairo_stroke(cr);
+        return;
     case ShapeOp::Kind::Rectangle:
-        if (solid) {
-            TraceRect(cr, op.bounds.left, op.bounds.top, op.bounds.right, op.bounds.bottom);
-            return false;
-        }
-        TraceRect(cr, op.bounds.left + half, op.bounds.top + half, op.bounds.right - half, op.bounds.bottom - half);
-        return true;
+        PaintRectangleOutline(cr, op, width / 2.0);
+        return;
     default:
-        if (solid) {
-            TraceEllipse(cr, op, 0.0, true);
-            return false;
-        }
-        TraceEllipse(cr, op, half, op.kind == ShapeOp::Kind::Ellipse || op.arcStart == op.arcEnd);
-        return true;
+        PaintEllipseOutline(cr, op, width / 2.0);
+    }
+}
+
+// Paints one pass onto `cr` in its current source.
+void PaintPass(cairo_t* cr, const ShapeOp& op, Pass pass)
+{
+    cairo_new_path(cr);
+    if (pass == Pass::Interior) {
+        PaintInterior(cr, op);
+    } else {
+        PaintOutline(cr, op);
     }
 }
 
@@ -171,20 +212,25 @@ std::vector<std::pair<Pass, uint32_t>> PassesOf(const ShapeOp& op)
 
 ZedaRect ShapeBounds(const ShapeOp& op)
 {
-    ZedaRect bounds = op.bounds;
-    if (op.kind == ShapeOp::Kind::Line || op.kind == ShapeOp::Kind::Polygon) {
-        bounds = {INT_MAX, INT_MAX, INT_MIN, INT_MIN};
-        for (const ZedaPoint& p : op.points) {
-            bounds.left = std::min(bounds.left, p.x);
-            bounds.top = std::min(bounds.top, p.y);
-            bounds.right = std::max(bounds.right, p.x + 1);
-            bounds.bottom = std::max(bounds.bottom, p.y + 1);
-        }
+    if (op.kind != ShapeOp::Kind::Line && op.kind != ShapeOp::Kind::Polygon) {
+        ZedaRect bounds = op.bounds;
         if (op.stroke) {
-            // Miter joins reach out by at most the miter limit times the half width.
-            const int reach = static_cast<int>(std::ceil(op.stroke->width * 5.0)) + 1;
-            bounds.Inflate(reach);
+            // The pen reaches past the outline path, which runs inside the bounds.
+            bounds.Inflate(static_cast<int>(std::ceil(op.stroke->width / 2.0 - kOutlineInset)));
         }
+        return bounds;
+    }
+    ZedaRect bounds{INT_MAX, INT_MAX, INT_MIN, INT_MIN};
+    for (const ZedaPoint& p : op.points) {
+        bounds.left = std::min(bounds.left, p.x);
+        bounds.top = std::min(bounds.top, p.y);
+        bounds.right = std::max(bounds.right, p.x + 1);
+        bounds.bottom = std::max(bounds.bottom, p.y + 1);
+    }
+    if (op.stroke) {
+        // Miter joins reach out by at most the miter limit times the half width.
+        const int reach = static_cast<int>(std::ceil(op.stroke->width * 5.0)) + 1;
+        bounds.Inflate(reach);
     }
     return bounds;
 }
@@ -279,11 +325,7 @@ bool PaintDirectly(const RasterView& target, cairo_format_t format, const ShapeO
     cairo_clip(cr);
     cairo_translate(cr, -kEdgeBias, -kEdgeBias);
     SetColour(cr, colour);
-    if (TracePass(cr, op, pass)) {
-        cairo_stroke(cr);
-    } else {
-        cairo_fill(cr);
-    }
+    PaintPass(cr, op, pass);
     return true;
 }
 
@@ -299,22 +341,22 @@ void PaintThroughMask(const RasterView& target, const ShapeOp& op, Pass pass, ui
         mask.Clip(clip);
     }
     cairo_translate(cr, -kEdgeBias, -kEdgeBias);
-    if (TracePass(cr, op, pass)) {
-        cairo_stroke(cr);
-    } else {
-        cairo_fill(cr);
-    }
+    PaintPass(cr, op, pass);
     const uint32_t raw = DrawingRaw(target, colour);
     mask.ForEachRun([&](int y, int x0, int x1) { FillSpan(target, y, x0, x1, raw); });
 }
 
+// The pixels, from first to past the last, that a pen of `width` covers
+// across a path through the centres of the pixels at `v`: pixel centres
+// within half the width.
+std::pair<int, int> PenBand(int v, int width) { return {v - width / 2, v - width / 2 + width}; }
+
 // The pixels a butt-capped line of `width` covers when it is horizontal or
-// vertical: pixel centres within half the width of a path through pixel
-// centres, the first pixel in and the last out.
+// vertical: the first pixel in and the last out.
 std::optional<ZedaRect> AxisLineBox(const ZedaPoint& from, const ZedaPoint& to, int width)
 {
     const auto along = [](int a, int b) { return a < b ? std::pair{a, b} : std::pair{b + 1, a + 1}; };
-    const auto across = [width](int v) { return std::pair{v - width / 2, v - width / 2 + width}; };
+    const auto across = [width](int v) { return PenBand(v, width); };
     if (from.y == to.y) {
         const auto [left, right] = along(from.x, to.x);
         const auto [top, bottom] = across(from.y);
@@ -351,13 +393,18 @@ std::optional<std::vector<ZedaRect>> BoxesOf(const ShapeOp& op, Pass pass)
     if (op.kind != ShapeOp::Kind::Rectangle) {
         return std::nullopt;
     }
-    if (pen >= std::min(b.Width(), b.Height())) {
-        return std::vector<ZedaRect>{b};  // the pen covers the whole rectangle
+    // The outline runs through the centres of the edge pixels of the bounds.
+    const auto [outerLeft, innerLeft] = PenBand(b.left, pen);
+    const auto [innerRight, outerRight] = PenBand(b.right - 1, pen);
+    const auto [outerTop, innerTop] = PenBand(b.top, pen);
+    const auto [innerBottom, outerBottom] = PenBand(b.bottom - 1, pen);
+    if (innerLeft >= innerRight || innerTop >= innerBottom) {
+        return std::vector<ZedaRect>{{outerLeft, outerTop, outerRight, outerBottom}};  // no hole left
     }
-    return std::vector<ZedaRect>{{b.left, b.top, b.right, b.top + pen},
-                                 {b.left, b.bottom - pen, b.right, b.bottom},
-                                 {b.left, b.top + pen, b.left + pen, b.bottom - pen},
-                                 {b.right - pen, b.top + pen, b.right, b.bottom - pen}};
+    return std::vector<ZedaRect>{{outerLeft, outerTop, outerRight, innerTop},
+                                 {outerLeft, innerBottom, outerRight, outerBottom},
+                                 {outerLeft, innerTop, innerLeft, innerBottom},
+                                 {innerRight, innerTop, outerRight, innerBottom}};
 }
 
 // A polygon's interior scanned without cairo, where the clip is at most one
@@ -432,11 +479,7 @@ void PaintShape(cairo_t* cr, const ShapeOp& op, const cairo_region_t* clip)
             cairo_clip(cr);
         }
         SetColour(cr, colour);
-        if (TracePass(cr, op, pass)) {
-            cairo_stroke(cr);
-        } else {
-            cairo_fill(cr);
-        }
+        PaintPass(cr, op, pass);
         cairo_restore(cr);
     }
 }

@@ -22,8 +22,9 @@ struct StrokeStyle {
 
 // One drawing call, mapped to device pixels. Interiors are sampled at pixel
 // centres with corners on pixel corners; lines and polygon outlines run
-// through pixel centres; outlines of rectangles, ellipses and arcs stay
-// inside their bounds.
+// through pixel centres, and outlines of rectangles, ellipses and arcs
+// through the centres of the bounds' edge pixels; pens are centred on
+// their path, so a wide one reaches outside the bounds.
 struct ShapeOp {
     enum class Kind { Line, Polygon, Rectangle, Ellipse, Arc };
     explicit ShapeOp(Kind k) : kind(k) {}

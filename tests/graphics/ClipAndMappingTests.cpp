@@ -128,15 +128,16 @@ TEST(MappingTest, DrawingAndPenWidthsAreInLogicalUnits)
 {
     Owned<VtGraphics> window(VtGraphicsManager::CreateWindowGraphics(30, 30, 16));
     window->SetScale(2.0);
-    window->SetOrigin({1, 2});
+    window->SetOrigin({3, 4});
     auto pen = MakePen(kRed, 2);
     auto brush = MakeBrush(kBlue);
     window->SelectPen(pen.get());
     window->SelectBrush(brush.get());
     window->DrawRectangle({0, 0, 10, 8});
+    // (3, 4, 23, 20) outlined by a pen of 4 pixels centred on its edge pixels.
     const VtImage& pixels = *window->GetTargetImage();
-    EXPECT_EQ(ColourBounds(pixels, kRed), ZedaRect(1, 2, 21, 18));
-    EXPECT_EQ(ColourBounds(pixels, kBlue), ZedaRect(5, 6, 17, 14));
+    EXPECT_EQ(ColourBounds(pixels, kRed), ZedaRect(1, 2, 24, 21));
+    EXPECT_EQ(ColourBounds(pixels, kBlue), ZedaRect(5, 6, 20, 17));
 }
 
 TEST(MappingTest, PrinterPageCountsTenthsOfAMillimetre)

@@ -1,4 +1,5 @@
 #include <cstring>
+#include <tuple>
 
 #include "GraphicsTestSupport.h"
 
@@ -48,13 +49,26 @@ TEST_P(DrawingTest, RectangleCoversLeftToRightMinusOne)
     EXPECT_EQ(ColourBounds(*image_, kRed), ZedaRect(2, 3, 9, 8));
 }
 
-TEST_P(DrawingTest, WidePenStaysInsideTheRectangle)
+TEST_P(DrawingTest, WidePensAreCentredOnTheEdgePixelsOfTheRectangle)
 {
-    Use(kRed, 3, VT_PEN_SOLID, kBlue, VT_BRUSH_SOLID);
-    graphics_->DrawRectangle({1, 1, 21, 19});
-    EXPECT_EQ(ColourBounds(*image_, kRed), ZedaRect(1, 1, 21, 19));
-    EXPECT_EQ(ColourBounds(*image_, kBlue), ZedaRect(4, 4, 18, 16));
-    EXPECT_EQ(CountColour(*image_, kBlue), 14 * 12);
+    // Odd pens reach out as far as in; even ones one pixel further up and left.
+    for (const auto& [width, inked, inside] : {std::tuple{1, ZedaRect(3, 3, 20, 16), ZedaRect(4, 4, 19, 15)},
+                                               {3, ZedaRect(2, 2, 21, 17), ZedaRect(5, 5, 18, 14)},
+                                               {5, ZedaRect(1, 1, 22, 18), ZedaRect(6, 6, 17, 13)},
+                                               {4, ZedaRect(1, 1, 21, 17), ZedaRect(5, 5, 17, 13)}}) {
+        image_->Fill(kWhite);
+        Use(kRed, width, VT_PEN_SOLID, kBlue, VT_BRUSH_SOLID);
+        graphics_->DrawRectangle({3, 3, 20, 16});
+        EXPECT_EQ(ColourBounds(*image_, kRed), inked) << width;
+        EXPECT_EQ(ColourBounds(*image_, kBlue), inside) << width;
+        EXPECT_EQ(CountColour(*image_, kBlue), inside.Width() * inside.Height()) << width;
+    }
+    // A pen closing the hole covers one box: 4 x 3 grown by 2 each way.
+    image_->Fill(kWhite);
+    Use(kRed, 5, VT_PEN_SOLID, kBlue, VT_BRUSH_SOLID);
+    graphics_->DrawRectangle({10, 8, 14, 11});
+    EXPECT_EQ(ColourBounds(*image_, kRed), ZedaRect(8, 6, 16, 13));
+    EXPECT_EQ(CountColour(*image_, kRed), 8 * 7);
 }
 
 TEST_P(DrawingTest, NullPenFillsOnlyAndNullBrushOutlinesOnly)
@@ -72,8 +86,8 @@ TEST_P(DrawingTest, NullPenFillsOnlyAndNullBrushOutlinesOnly)
     EXPECT_EQ(CountColour(*image_, kBlue), 0);
     EXPECT_EQ(image_->GetPixelColour(7, 8), kWhite);
     EXPECT_EQ(image_->GetPixelColour(18, 6), kWhite);
-    EXPECT_EQ(CountColour(*image_, kRed) > 0, true);
-    EXPECT_EQ(ColourBounds(*image_, kRed), ZedaRect(2, 0, 24, 13));
+    // The two-pixel pen reaches one pixel past the left and top edges of the rectangle.
+    EXPECT_EQ(ColourBounds(*image_, kRed), ZedaRect(1, 0, 24, 13));
 }
 
 TEST_P(DrawingTest, LinesRunFromTheFirstPointUpToTheLast)
@@ -110,16 +124,15 @@ TEST_P(DrawingTest, EllipseAndWholeArcFillTheirBounds)
     EXPECT_EQ(image_->GetPixelColour(0, 0), kWhite);
     EXPECT_EQ(image_->GetPixelColour(20, 14), kWhite);
 
-    // An arc from a point back to itself is the whole outline, not filled.
+    // An arc from a point back to itself is the whole outline, not filled;
+    // a pen of 3 on it covers a pixel each side of the edge pixels.
     image_->Fill(kWhite);
-    Use(kGreen, 2, VT_PEN_SOLID, kBlue, VT_BRUSH_SOLID);
+    Use(kGreen, 3, VT_PEN_SOLID, kBlue, VT_BRUSH_SOLID);
     graphics_->DrawArc({2, 2, 18, 18}, {10, 10}, {10, 10});
-    EXPECT_EQ(ColourBounds(*image_, kGreen), ZedaRect(2, 2, 18, 18));
+    EXPECT_EQ(ColourBounds(*image_, kGreen), ZedaRect(1, 1, 19, 19));
     EXPECT_EQ(CountColour(*image_, kBlue), 0);
-    EXPECT_EQ(image_->GetPixelColour(10, 10), kWhite);
-    for (const ZedaPoint p : {ZedaPoint(2, 9), ZedaPoint(17, 10), ZedaPoint(9, 2), ZedaPoint(10, 17)}) {
-        EXPECT_EQ(image_->GetPixelColour(p.x, p.y), kGreen) << p.x << "," << p.y;
-    }
+    EXPECT_EQ(ColourMap(*image_, kGreen)[9], ".###............###.....");
+    EXPECT_EQ(ColourMap(*image_, kGreen)[2], ".....##########.........");
 }
 
 TEST_P(DrawingTest, ArcGoesCounterClockwiseFromStartToEnd)
