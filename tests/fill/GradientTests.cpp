@@ -71,6 +71,22 @@ TEST_F(Gradient, RingsSquaresAndSectorsAroundTheirCentre)
         // The turned path draws the same squares up to rounding: one square apart at most.
         ASSERT_LE(std::abs(RedAt(flat, 50 + k, 50 - k / 3) - RedAt(turned, 50 + k, 50 - k / 3)), 240 / 71 + 1) << k;
     }
+    // Six pixels apart (720 x 400), the wide pens still meet: the dot keeps
+    // colour 1, no pixel is left black out to the far corners (the image
+    // starts black), and the turned squares stay within one square of the
+    // upright ones.
+    const ZedaRect wide(0, 0, 720, 400);
+    Image wideRings(VtEspecialFill::GetRadialImage(window.get(), wide, kFrom, kTo, 0, 0));
+    Image wideFlat(VtEspecialFill::GetSquareImage(window.get(), wide, kFrom, kTo, 0, 0, 0.0));
+    Image wideTurned(VtEspecialFill::GetSquareImage(window.get(), wide, kFrom, kTo, 0, 0, pi / 2));
+    EXPECT_EQ((Colours{At(wideRings, 360, 200), At(wideFlat, 360, 200), At(wideTurned, 360, 200)}),
+              Colours(3, Rgb(kFrom)));
+    const int oneSquare = 240 * 6 / 412 + 1;  // red per six pixels of the 412-pixel radius, rounded up
+    for (int i = 0; i < 720 * 400; ++i) {
+        const int x = i % 720, y = i / 720;
+        ASSERT_TRUE(At(wideRings, x, y) != 0 && At(wideFlat, x, y) != 0 && At(wideTurned, x, y) != 0) << x << ',' << y;
+        ASSERT_LE(std::abs(RedAt(wideFlat, x, y) - RedAt(wideTurned, x, y)), oneSquare) << x << ',' << y;
+    }
     // About a centre one full width to the left: no dot, the left edge
     // already a third of the way to colour 2, rising to the right.
     Image shifted(VtEspecialFill::GetRadialImage(window.get(), rect, kFrom, kTo, -100, 0));
