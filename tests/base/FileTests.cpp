@@ -102,4 +102,12 @@ TEST(VtFileStream, DirectionsAndNamesOnDisk)
     EXPECT_TRUE(stream.ReadInt(value) && value == 7);
     EXPECT_TRUE(stream.Open(path, VTC::VT_STREAM_READWRITE) && stream.GetLength() == 4);  // keeps what is there
     EXPECT_TRUE(stream.Open(path, VTC::VT_STREAM_WRITE) && stream.GetLength() == 0);      // truncates
+    // An empty write, one the size of the buffer, then a small one: each lands where it was made.
+    const unsigned char bytes[] = {1, 2, 3, 4, 5};
+    ASSERT_TRUE(stream.Open(path, VTC::VT_STREAM_WRITE, 4));
+    stream.Save(bytes, 0);
+    stream.Save(bytes, 4);
+    stream.Save(bytes + 4, 1);
+    EXPECT_TRUE(stream.Close() && stream.Open(path, VTC::VT_STREAM_READ) && stream.ReadInt(value));
+    EXPECT_EQ(value, 0x04030201);
 }
