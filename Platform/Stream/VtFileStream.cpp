@@ -167,11 +167,16 @@ struct VtFileStream::State {
 
     bool Write(const unsigned char* bytes, std::size_t count)
     {
+        if (count == 0)
+            return true;
         if (mode == Mode::Reading)
             DropBuffer();
-        if (buffer.size() + count > capacity && !Flush())
+        // A write that goes straight to the file must not overtake pending bytes,
+        // nor leave an empty pending block anchored at an older position.
+        const bool direct = count >= capacity;
+        if ((direct || buffer.size() + count > capacity) && !Flush())
             return false;
-        if (count >= capacity) {
+        if (direct) {
             if (!WriteAllAt(fd, bytes, count, position)) {
                 ResyncLength();
                 return false;
