@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -13,11 +11,12 @@
 #include <vector>
 
 #include "VtByteArray.h"
-#include "ZedaUnicodeString.h"
+#include "VtCompactFile.h"
 
 namespace cftest {
 
 using Bytes = std::vector<unsigned char>;
+using VTC::ZedaUnicodeString;
 
 // A fresh directory per test, removed with everything in it.
 class TempDirTest : public ::testing::Test {
@@ -31,10 +30,7 @@ protected:
     void TearDown() override { std::filesystem::remove_all(dir_); }
 
     std::string PathOf(const std::string& name) const { return (dir_ / name).string(); }
-    ZEDA::ZedaUnicodeString UPathOf(const std::string& name) const
-    {
-        return ZEDA::ZedaUnicodeString::FromUtf8(PathOf(name));
-    }
+    ZedaUnicodeString UPathOf(const std::string& name) const { return ZedaUnicodeString::FromUtf8(PathOf(name)); }
 
     std::filesystem::path dir_;
 };
@@ -47,8 +43,8 @@ inline Bytes ReadFileBytes(const std::string& path)
 
 inline void WriteFileBytes(const std::string& path, const Bytes& bytes)
 {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    std::ofstream(path, std::ios::binary | std::ios::trunc).write(reinterpret_cast<const char*>(bytes.data()),
+                                                                  static_cast<std::streamsize>(bytes.size()));
 }
 
 inline VTC::VtByteArray ToArray(const Bytes& bytes)
@@ -61,9 +57,8 @@ inline Bytes ToBytes(const VTC::VtByteArray& array)
     return Bytes(array.GetData(), array.GetData() + array.GetSize());
 }
 
-// Bytes that differ with both the seed and the position, so that a shifted,
-// truncated or mixed value never passes for the right one. Made 8 bytes a
-// step: the kill test builds megabytes of them in unoptimised builds.
+// Bytes that differ with seed and position, so that a shifted, cut or mixed
+// value never passes for the right one; 8 bytes a step, megabytes are many.
 inline Bytes Pattern(unsigned seed, std::size_t size)
 {
     Bytes bytes(size);

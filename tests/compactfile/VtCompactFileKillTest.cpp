@@ -4,7 +4,6 @@
 // when the kill may have come during a Flush, exactly as that whole interval
 // left it.
 
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,33 +12,23 @@
 #include <array>
 #include <chrono>
 #include <cmath>
-#include <cstdint>
-#include <cstring>
 #include <optional>
 #include <random>
-#include <string>
 #include <thread>
 
 #include "CompactFileTestSupport.h"
-#include "VtCompactFile.h"
 
 using namespace VTC;
 using namespace cftest;
-using ZEDA::ZedaUnicodeString;
 
 namespace {
 
 constexpr int entryCount = 6;
+constexpr int streamedEntry = 1;  // written in chunks from a file; entry 0 is large too, the rest small
 constexpr int killCount = 50;
 constexpr int generationsPerRun = 1000;  // each run's generations start at run * 1000: never seen before
 constexpr std::size_t headerSize = 8;
 constexpr std::size_t mebibyte = 1024 * 1024;
-
-// Entry 0 is large, entry 1 is large and written in streamed chunks, the rest are small.
-bool IsStreamed(int k)
-{
-    return k == 1;
-}
 
 // What entry k holds after generation g: nothing, or a value whose header
 // names (k, g) and whose size and bytes follow from both.
@@ -47,8 +36,8 @@ std::optional<Bytes> StateOf(int k, std::uint32_t g)
 {
     if (g > 0 && (g + static_cast<std::uint32_t>(k)) % 5 == 4) return std::nullopt;
     const std::size_t size = k == 0 ? 3 * mebibyte + g % 1000
-                             : IsStreamed(k) ? 2 * mebibyte + 1 + g % 3
-                                             : headerSize + (g * 37u + static_cast<unsigned>(k) * 11u) % 30000;
+                             : k == streamedEntry ? 2 * mebibyte + 1 + g % 3
+                                                  : headerSize + (g * 37u + static_cast<unsigned>(k) * 11u) % 30000;
     Bytes value = Pattern(g * 131u + static_cast<unsigned>(k), size);
     const std::array<std::uint32_t, 2> header = {static_cast<std::uint32_t>(k), g};
     std::memcpy(value.data(), header.data(), headerSize);
@@ -83,7 +72,7 @@ int Apply(VtCompactFile& file, const std::string& scratch, Ack operation)
         const int rc = file.Remove(key);
         return rc == VT_CF_KEY_NOT_FOUND ? VT_CF_OK : rc;
     }
-    if (!IsStreamed(operation.k)) return file.SetAt(key, ToArray(*state), 0, 0, 0);
+    if (operation.k != streamedEntry) return file.SetAt(key, ToArray(*state), 0, 0, 0);
     WriteFileBytes(scratch, *state);
     return file.SetAtFromFile(key, ZedaUnicodeString::FromUtf8(scratch));
 }
@@ -111,8 +100,7 @@ int Apply(VtCompactFile& file, const std::string& scratch, Ack operation)
 
 class CompactFileKillTest : public TempDirTest {
 protected:
-    // Whether the container holds exactly the given generation of every entry
-    // and no other key.
+    // Whether the container holds exactly the given generation of every entry and no other key.
     bool Holds(int mode, const Generations& expected)
     {
         VtCompactFile file;
@@ -140,7 +128,6 @@ TEST_F(CompactFileKillTest, EachFlushIntervalIsAllOrNothingAfterSigkill)
         ASSERT_EQ(file.Create(UPathOf("kill.cf"), 32, u"", 4), VT_CF_OK);
         for (int k = 0; k < entryCount; ++k) ASSERT_EQ(file.SetAt(KeyOf(k), ToArray(*StateOf(k, 0)), 0, 0, 0), VT_CF_OK);
     }
-
     // Each kill waits for a random number of acknowledgements (up to three
     // rounds, so flushes and compactions are hit too), then for a delay spread
     // evenly on a log scale from 20 us to 40 ms: kills land in every kind of
