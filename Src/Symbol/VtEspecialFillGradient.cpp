@@ -26,6 +26,9 @@ struct GradientCanvas {
     VtImage* image = nullptr;
     VtImage* previousImage = nullptr;
 
+    // W starts as a normalised copy of the target rectangle.
+    explicit GradientCanvas(const ZedaRect& rect) : area(rect) { area.Normalize(); }
+
     ZedaPoint Local(const ZedaPoint& p) const { return ZedaPoint(p.x - area.left, p.y - area.top); }
 };
 
@@ -121,6 +124,28 @@ struct GradientCentre {
     }
 };
 
+// The canvas of the radial, conical and square gradients: G and F come from
+// the normalised rectangle, the reach from W after the screen clip.
+struct CentredCanvas : GradientCanvas {
+    GradientCentre g;
+    double d = 0, h = 0;  // distance of G from the centre of W, half-diagonal of W
+    ZedaPoint centre;     // G in image coordinates
+
+    CentredCanvas(const ZedaRect& rect, int offsetX, int offsetY) : GradientCanvas(rect), g(area, offsetX, offsetY) {}
+
+    // Screen clip, canvas and reach; false (logged, nothing left made) when
+    // the canvas cannot be made.
+    bool Open(VtGraphics* graphics)
+    {
+        ClipToScreen(graphics, *this);
+        if (!OpenCanvas(graphics, *this))
+            return false;
+        g.Reach(area, d, h);
+        centre = Local(g.centre);
+        return true;
+    }
+};
+
 // Band and ring steps: about 100 (linear) or 72 (rings, squares) on screen,
 // 200 otherwise. Never zero, so that the band loops always advance.
 int StepFor(int length, int screenBands, bool screen)
@@ -151,6 +176,37 @@ unsigned int ColourAtDistance(const GradientCentre& g, int radius, unsigned int 
     VtEspecialFill::GetColor(g.centre, reference, colour1, colour2, ZedaPoint(g.centre.x + k, g.centre.y), colour);
     return colour;
 }
+
+// The pen of the radial rings and the square outlines: about 72 (screen) or
+// 200 steps to R, on to the reach of W, half as wide again as a step and in
+// the colour at the distance from G that it draws at.
+struct RingPen {
+    const CentredCanvas& canvas;
+    VtPen* pen;
+    unsigned int colour1, colour2;
+    int radius, step, width, last;
+
+    RingPen(const CentredCanvas& canvas, VtPen* pen, unsigned int colour1, unsigned int colour2)
+        : canvas(canvas), pen(pen), colour1(colour1), colour2(colour2), radius(canvas.g.Radius()),
+          step(StepFor(radius, 72, canvas.screen)), width(WidePen(step)),
+          last(static_cast<int>(std::ceil(canvas.d + canvas.h)))
+    {
+    }
+
+    // The pen in colour1, selected; returns the pen selected before.
+    VtPen* SelectFirst() const
+    {
+        pen->CreatePen(VT_PEN_SOLID, colour1, 0, 0, width);
+        return canvas.memory->SelectPen(pen);
+    }
+
+    // The pen in the colour at distance k from G, selected.
+    void SelectAt(int k) const
+    {
+        RedefinePen(pen, ColourAtDistance(canvas.g, radius, colour1, colour2, k), width);
+        canvas.memory->SelectPen(pen);
+    }
+};
 
 // Linear bands: one thick line across W for each step along the axis.
 struct LinearBands {
@@ -215,9 +271,7 @@ struct LinearBands {
 VtImage* VtEspecialFill::GetLinearImage(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
                                         unsigned int colour2, double angle, int offsetX, int offsetY)
 {
-    GradientCanvas canvas;
-    canvas.area = rect;
-    canvas.area.Normalize();
+    GradientCanvas canvas(rect);
     if (canvas.area.IsEmpty()) {
         LogFailure(__LINE__, "EEf002");
         return nullptr;
@@ -260,28 +314,18 @@ VtImage* VtEspecialFill::GetLinearImage(VtGraphics* graphics, const ZedaRect& re
 VtImage* VtEspecialFill::GetRadialImage(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
                                         unsigned int colour2, int offsetX, int offsetY)
 {
-    GradientCanvas canvas;
-    canvas.area = rect;
-    canvas.area.Normalize();
-    const GradientCentre g(canvas.area, offsetX, offsetY);
-    ClipToScreen(graphics, canvas);
-    if (!OpenCanvas(graphics, canvas))
+    CentredCanvas canvas(rect, offsetX, offsetY);
+    if (!canvas.Open(graphics))
         return nullptr;
     VtPen* pen = VtGraphicsManager::NewPen(0);
     if (pen == nullptr)
         return AbandonCanvas(canvas);
 
-    const int radius = g.Radius();
-    const int step = StepFor(radius, 72, canvas.screen);
-    const int penWidth = WidePen(step);
-    const ZedaPoint centre = canvas.Local(g.centre);
-    double d = 0, h = 0;
-    g.Reach(canvas.area, d, h);
-
-    pen->CreatePen(VT_PEN_SOLID, colour1, 0, 0, penWidth);
-    VtPen* previousPen = canvas.memory->SelectPen(pen);
+    const RingPen rings(canvas, pen, colour1, colour2);
+    const ZedaPoint& centre = canvas.centre;
+    VtPen* previousPen = rings.SelectFirst();
     int r = 0;
-    if (canvas.area.PtInRect(g.centre)) {
+    if (canvas.area.PtInRect(canvas.g.centre)) {
         VtBrush* brush = VtGraphicsManager::NewBrush(0);
         if (brush == nullptr) {
             canvas.memory->SelectPen(previousPen);
@@ -293,14 +337,12 @@ VtImage* VtEspecialFill::GetRadialImage(VtGraphics* graphics, const ZedaRect& re
         canvas.memory->DrawEllipse(ZedaRect(centre.x - 1, centre.y - 1, centre.x + 1, centre.y + 1));
         canvas.memory->SelectBrush(previousBrush);
         delete brush;
-        r = step + 1;
+        r = rings.step + 1;
     } else {
-        r = std::max(static_cast<int>(d - h), 1);
+        r = std::max(static_cast<int>(canvas.d - canvas.h), 1);
     }
-    const int rMax = static_cast<int>(std::ceil(d + h));
-    for (; r <= rMax; r += step) {
-        RedefinePen(pen, ColourAtDistance(g, radius, colour1, colour2, r), penWidth);
-        canvas.memory->SelectPen(pen);
+    for (; r <= rings.last; r += rings.step) {
+        rings.SelectAt(r);
         canvas.memory->DrawArc(ZedaRect(centre.x - r, centre.y - r, centre.x + r, centre.y + r), centre, centre);
     }
 
@@ -313,17 +355,9 @@ VtImage* VtEspecialFill::GetRadialImage(VtGraphics* graphics, const ZedaRect& re
 VtImage* VtEspecialFill::GetConicalImage(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
                                          unsigned int colour2, int offsetX, int offsetY, double angle)
 {
-    GradientCanvas canvas;
-    canvas.area = rect;
-    canvas.area.Normalize();
-    const GradientCentre g(canvas.area, offsetX, offsetY);
-    ClipToScreen(graphics, canvas);
-    if (!OpenCanvas(graphics, canvas))
+    CentredCanvas canvas(rect, offsetX, offsetY);
+    if (!canvas.Open(graphics))
         return nullptr;
-    double d = 0, h = 0;
-    g.Reach(canvas.area, d, h);
-    const ZedaPoint centre = canvas.Local(g.centre);
-
     VtPen* pen = VtGraphicsManager::NewPen(0);
     VtBrush* brush = VtGraphicsManager::NewBrush(0);
     if (pen == nullptr || brush == nullptr) {
@@ -338,7 +372,8 @@ VtImage* VtEspecialFill::GetConicalImage(VtGraphics* graphics, const ZedaRect& r
 
     const int sectors = canvas.screen ? 64 : 128;
     const double delta = pi / sectors;
-    const double reach = d + h;
+    const double reach = canvas.d + canvas.h;
+    const ZedaPoint& centre = canvas.centre;
     ZedaPoint triangle[3];
     triangle[0] = centre;
     const auto drawSector = [&](double phi1, double phi2) {
@@ -386,74 +421,49 @@ bool IsAxisAligned(double angle)
 VtImage* VtEspecialFill::GetSquareImage(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
                                         unsigned int colour2, int offsetX, int offsetY, double angle)
 {
-    GradientCanvas canvas;
-    canvas.area = rect;
-    canvas.area.Normalize();
-    const GradientCentre g(canvas.area, offsetX, offsetY);
-    ClipToScreen(graphics, canvas);
-    if (!OpenCanvas(graphics, canvas))
+    CentredCanvas canvas(rect, offsetX, offsetY);
+    if (!canvas.Open(graphics))
         return nullptr;
-    double d = 0, h = 0;
-    g.Reach(canvas.area, d, h);
-    const ZedaPoint centre = canvas.Local(g.centre);
-
-    const int radius = g.Radius();
-    const int step = StepFor(radius, 72, canvas.screen);
-    const int penWidth = WidePen(step);
-    const int kMax = static_cast<int>(std::ceil(d + h));
-
     VtPen* pen = VtGraphicsManager::NewPen(0);
     VtBrush* brush = pen != nullptr ? VtGraphicsManager::NewBrush(0) : nullptr;
     if (pen == nullptr || brush == nullptr) {
         delete pen;
         return AbandonCanvas(canvas);
     }
-    pen->CreatePen(VT_PEN_SOLID, colour1, 0, 0, penWidth);
-    VtPen* previousPen = canvas.memory->SelectPen(pen);
-    const auto selectPenFor = [&](int k) {
-        RedefinePen(pen, ColourAtDistance(g, radius, colour1, colour2, k), penWidth);
-        canvas.memory->SelectPen(pen);
-    };
-    const bool centreInside = canvas.area.PtInRect(g.centre);
-
-    if (IsAxisAligned(angle)) {
-        int k = 1;
-        if (centreInside) {
-            brush->CreateBrush(VT_BRUSH_SOLID, colour1, 100, 0, ZedaSize(0, 0), 0);
-            VtBrush* previousBrush = canvas.memory->SelectBrush(brush);
-            canvas.memory->DrawRectangle(ZedaRect(centre.x - 1, centre.y - 1, centre.x + 1, centre.y + 1));
-            canvas.memory->SelectBrush(previousBrush);
-            brush->ReleaseBrush();
-            k = step + 1;
-        }
-        brush->CreateBrush(VT_BRUSH_NULL, colour1, 100, 0, ZedaSize(0, 0), 0);
-        VtBrush* previousBrush = canvas.memory->SelectBrush(brush);
-        for (; k <= kMax; k += step) {
-            selectPenFor(k);
+    const RingPen rings(canvas, pen, colour1, colour2);
+    const ZedaPoint& centre = canvas.centre;
+    VtPen* previousPen = rings.SelectFirst();
+    const bool upright = IsAxisAligned(angle);
+    const double c = std::cos(angle);
+    const double s = std::sin(angle);
+    std::vector<ZedaPoint> corners(4);
+    const auto drawSquare = [&](int k) {
+        if (upright) {
             canvas.memory->DrawRectangle(ZedaRect(centre.x - k, centre.y - k, centre.x + k, centre.y + k));
-        }
-        canvas.memory->SelectBrush(previousBrush);
-    } else {
-        const double c = std::cos(angle);
-        const double s = std::sin(angle);
-        std::vector<ZedaPoint> corners(4);
-        if (centreInside) {
-            brush->CreateBrush(VT_BRUSH_SOLID, colour1, 100, 0, ZedaSize(0, 0), 0);
-            VtBrush* previousBrush = canvas.memory->SelectBrush(brush);
-            TurnedSquare(centre, 1, c, s, corners.data());
-            canvas.memory->DrawPolygon(corners.data(), 4);
-            canvas.memory->SelectBrush(previousBrush);
-            brush->ReleaseBrush();
-        }
-        brush->CreateBrush(VT_BRUSH_NULL, colour1, 100, 0, ZedaSize(0, 0), 0);
-        VtBrush* previousBrush = canvas.memory->SelectBrush(brush);
-        for (int k = 0; k <= kMax; k += step) {
+        } else {
             TurnedSquare(centre, k, c, s, corners.data());
-            selectPenFor(k);
             canvas.memory->DrawPolygon(corners.data(), 4);
         }
+    };
+
+    // Turned squares always start at the centre, upright ones outside the dot.
+    int k = upright ? 1 : 0;
+    if (canvas.area.PtInRect(canvas.g.centre)) {
+        brush->CreateBrush(VT_BRUSH_SOLID, colour1, 100, 0, ZedaSize(0, 0), 0);
+        VtBrush* previousBrush = canvas.memory->SelectBrush(brush);
+        drawSquare(1);
         canvas.memory->SelectBrush(previousBrush);
+        brush->ReleaseBrush();
+        if (upright)
+            k = rings.step + 1;
     }
+    brush->CreateBrush(VT_BRUSH_NULL, colour1, 100, 0, ZedaSize(0, 0), 0);
+    VtBrush* previousBrush = canvas.memory->SelectBrush(brush);
+    for (; k <= rings.last; k += rings.step) {
+        rings.SelectAt(k);
+        drawSquare(k);
+    }
+    canvas.memory->SelectBrush(previousBrush);
 
     canvas.memory->SelectPen(previousPen);
     VtImage* image = CloseCanvas(canvas);
