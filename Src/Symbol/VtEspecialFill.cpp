@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <numbers>
+#include <vector>
 
 #include "LqGraphics.h"
 #include "LqToolkit.h"
@@ -58,6 +59,8 @@ bool ClipRegionToScreen(VtRgn* region)
     return true;
 }
 
+namespace {
+
 std::vector<ZedaPoint> DevicePoints(VtGraphics* graphics, const ZedaPoint* points, int count)
 {
     std::vector<ZedaPoint> copy(points, points + std::max(count, 0));
@@ -71,6 +74,43 @@ int PointTotal(const int* counts, int polyCount)
     for (int i = 0; i < polyCount; ++i)
         total += counts[i];
     return total;
+}
+
+// A new region that `create` builds from a device-pixel copy of `count`
+// points; the copy is made only once the region object exists.
+template <typename Create>
+VtRgn* NewShapeRegion(VtGraphics* graphics, const ZedaPoint* points, int count, const char* noRegionCode,
+                      Create create)
+{
+    VtRgn* region = VtGraphicsManager::NewRgn(0);
+    if (region == nullptr) {
+        LogFailure(__LINE__, noRegionCode);
+        return nullptr;
+    }
+    const std::vector<ZedaPoint> copy = DevicePoints(graphics, points, count);
+    if (!create(region, copy.data())) {
+        delete region;
+        LogFailure(__LINE__, "EFd009");
+        return nullptr;
+    }
+    return region;
+}
+
+}  // namespace
+
+VtRgn* NewPolygonRegion(VtGraphics* graphics, const ZedaPoint* points, int count, const char* noRegionCode)
+{
+    return NewShapeRegion(graphics, points, count, noRegionCode,
+                          [&](VtRgn* region, const ZedaPoint* copy) { return region->CreatePolygonRegion(copy, count); });
+}
+
+VtRgn* NewPolyPolygonRegion(VtGraphics* graphics, const ZedaPoint* points, const int* counts, int polyCount,
+                            const char* noRegionCode)
+{
+    return NewShapeRegion(graphics, points, PointTotal(counts, polyCount), noRegionCode,
+                          [&](VtRgn* region, const ZedaPoint* copy) {
+                              return region->CreatePolyPolygonRegion(copy, counts, polyCount);
+                          });
 }
 
 bool DrawOpaqueRectangle(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour)

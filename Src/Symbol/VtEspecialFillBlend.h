@@ -13,8 +13,6 @@
 #include <immintrin.h>
 #endif
 
-#include <vector>
-
 #include "LqBase.h"
 
 namespace VTC {
@@ -42,11 +40,14 @@ ZEDA::ZedaRect ScreenRect();
 // the failure logged) when the screen region cannot be made.
 bool ClipRegionToScreen(VtRgn* region);
 
-// A device-pixel copy of the first `count` points.
-std::vector<ZEDA::ZedaPoint> DevicePoints(VtGraphics* graphics, const ZEDA::ZedaPoint* points, int count);
+// The region of a polygon given in logical units, or null: `noRegionCode` is
+// logged when no region object can be had, "EFd009" when the points give no
+// region.
+VtRgn* NewPolygonRegion(VtGraphics* graphics, const ZEDA::ZedaPoint* points, int count, const char* noRegionCode);
 
-// The number of points of a set of polygons.
-int PointTotal(const int* counts, int polyCount);
+// The same for polyCount polygons of counts[i] points each.
+VtRgn* NewPolyPolygonRegion(VtGraphics* graphics, const ZEDA::ZedaPoint* points, const int* counts, int polyCount,
+                            const char* noRegionCode);
 
 // An opaque rectangle of the colour without an outline; false (logged) when
 // the brush or the pen cannot be made.

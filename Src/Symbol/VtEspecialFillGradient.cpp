@@ -574,38 +574,19 @@ bool VtEspecialFill::GradientPolygon(VtGraphics* graphics, const ZedaPoint* poin
                                      unsigned int colour2, double angle, int offsetX, int offsetY, int kind,
                                      int transparency)
 {
-    VtRgn* region = VtGraphicsManager::NewRgn(0);
-    if (region == nullptr) {
-        LogFailure(__LINE__, "EFd009");
-        return false;
-    }
-    std::vector<ZedaPoint> copy = DevicePoints(graphics, points, count);
-    if (!region->CreatePolygonRegion(copy.data(), count)) {
-        delete region;
-        LogFailure(__LINE__, "EFd009");
-        return false;
-    }
-    return GradientRegion(graphics, region, "EFd009", colour1, colour2, angle, offsetX, offsetY, kind,
-                          transparency);
+    VtRgn* region = NewPolygonRegion(graphics, points, count, "EFd009");
+    // An empty polygon logs "EFd009" here, but "EEf005" for a set of polygons.
+    return region != nullptr && GradientRegion(graphics, region, "EFd009", colour1, colour2, angle, offsetX, offsetY,
+                                               kind, transparency);
 }
 
 bool VtEspecialFill::GradientPolyPolygon(VtGraphics* graphics, const ZedaPoint* points, const int* counts,
                                          int polyCount, unsigned int colour1, unsigned int colour2, double angle,
                                          int offsetX, int offsetY, int kind, int transparency)
 {
-    VtRgn* region = VtGraphicsManager::NewRgn(0);
-    if (region == nullptr) {
-        LogFailure(__LINE__, "EFd009");
-        return false;
-    }
-    std::vector<ZedaPoint> copy = DevicePoints(graphics, points, PointTotal(counts, polyCount));
-    if (!region->CreatePolyPolygonRegion(copy.data(), counts, polyCount)) {
-        delete region;
-        LogFailure(__LINE__, "EFd009");
-        return false;
-    }
-    return GradientRegion(graphics, region, "EEf005", colour1, colour2, angle, offsetX, offsetY, kind,
-                          transparency);
+    VtRgn* region = NewPolyPolygonRegion(graphics, points, counts, polyCount, "EFd009");
+    return region != nullptr && GradientRegion(graphics, region, "EEf005", colour1, colour2, angle, offsetX, offsetY,
+                                               kind, transparency);
 }
 
 }  // namespace VTC

@@ -608,18 +608,9 @@ bool VtEspecialFill::TransparentPolygon(VtGraphics* graphics, const ZedaPoint* p
 {
     if (TakesNoTransparentFill(graphics))
         return false;
-    VtRgn* region = VtGraphicsManager::NewRgn(0);
-    if (region == nullptr) {
-        LogFailure(__LINE__, "EEf006");
-        return false;
-    }
-    const std::vector<ZedaPoint> copy = DevicePoints(graphics, points, count);
-    if (!region->CreatePolygonRegion(copy.data(), count)) {
-        delete region;
-        LogFailure(__LINE__, "EFd009");
-        return false;
-    }
-    return TransparentRegion(graphics, region, colour, transparency);
+    // A missing region object logs "EEf006" here, but "EFd009" for a set of polygons.
+    VtRgn* region = NewPolygonRegion(graphics, points, count, "EEf006");
+    return region != nullptr && TransparentRegion(graphics, region, colour, transparency);
 }
 
 bool VtEspecialFill::TransparentPolyPolygon(VtGraphics* graphics, const ZedaPoint* points, const int* counts,
@@ -627,18 +618,8 @@ bool VtEspecialFill::TransparentPolyPolygon(VtGraphics* graphics, const ZedaPoin
 {
     if (TakesNoTransparentFill(graphics))
         return false;
-    VtRgn* region = VtGraphicsManager::NewRgn(0);
-    if (region == nullptr) {
-        LogFailure(__LINE__, "EFd009");
-        return false;
-    }
-    const std::vector<ZedaPoint> copy = DevicePoints(graphics, points, PointTotal(counts, polyCount));
-    if (!region->CreatePolyPolygonRegion(copy.data(), counts, polyCount)) {
-        delete region;
-        LogFailure(__LINE__, "EFd009");
-        return false;
-    }
-    return TransparentRegion(graphics, region, colour, transparency);
+    VtRgn* region = NewPolyPolygonRegion(graphics, points, counts, polyCount, "EFd009");
+    return region != nullptr && TransparentRegion(graphics, region, colour, transparency);
 }
 
 }  // namespace VTC
