@@ -70,11 +70,14 @@ bool OpenCanvas(VtGraphics* graphics, GradientCanvas& canvas)
     return true;
 }
 
-// Releases the memory graphics and hands the painted image out.
-VtImage* CloseCanvas(GradientCanvas& canvas)
+// Releases the memory graphics and the drawing tools, and hands the painted
+// image out.
+VtImage* CloseCanvas(GradientCanvas& canvas, VtPen* pen = nullptr, VtBrush* brush = nullptr)
 {
     canvas.memory->SelectImage(canvas.previousImage);
     delete canvas.memory;
+    delete brush;
+    delete pen;
     return canvas.image;
 }
 
@@ -306,9 +309,7 @@ VtImage* VtEspecialFill::GetLinearImage(VtGraphics* graphics, const ZedaRect& re
         pen->ReleasePen();
     }
 
-    VtImage* image = CloseCanvas(canvas);
-    delete pen;
-    return image;
+    return CloseCanvas(canvas, pen);
 }
 
 VtImage* VtEspecialFill::GetRadialImage(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
@@ -347,9 +348,7 @@ VtImage* VtEspecialFill::GetRadialImage(VtGraphics* graphics, const ZedaRect& re
     }
 
     canvas.memory->SelectPen(previousPen);
-    VtImage* image = CloseCanvas(canvas);
-    delete pen;
-    return image;
+    return CloseCanvas(canvas, pen);
 }
 
 VtImage* VtEspecialFill::GetConicalImage(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
@@ -393,10 +392,7 @@ VtImage* VtEspecialFill::GetConicalImage(VtGraphics* graphics, const ZedaRect& r
 
     canvas.memory->SelectBrush(previousBrush);
     canvas.memory->SelectPen(previousPen);
-    VtImage* image = CloseCanvas(canvas);
-    delete brush;
-    delete pen;
-    return image;
+    return CloseCanvas(canvas, pen, brush);
 }
 
 namespace {
@@ -466,10 +462,7 @@ VtImage* VtEspecialFill::GetSquareImage(VtGraphics* graphics, const ZedaRect& re
     canvas.memory->SelectBrush(previousBrush);
 
     canvas.memory->SelectPen(previousPen);
-    VtImage* image = CloseCanvas(canvas);
-    delete brush;
-    delete pen;
-    return image;
+    return CloseCanvas(canvas, pen, brush);
 }
 
 namespace {
