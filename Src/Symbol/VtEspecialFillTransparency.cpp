@@ -149,15 +149,70 @@ void BlendMaskedArea(const unsigned char* source, unsigned char* target, const u
     }
 }
 
-}  // namespace
-
-bool VtEspecialFill::TransparentBitblt(VtGraphics* graphics, VtImage* image, int x, int y, int width, int height,
-                                       int transparency)
+// The blits refuse a zero extent; a negative one goes on.
+bool HasExtent(int width, int height)
 {
     if (width == 0 || height == 0) {
         LogFailure(__LINE__, "EEa005");
         return false;
     }
+    return true;
+}
+
+// Where a blit puts its image, in the surface's logical units.
+struct BlitPlace {
+    int x, y, width, height;
+};
+
+// The blended path of the blits: the surface under the blit is captured into
+// `background`, the image blended over it in memory (only where the mask is
+// black, when there is one) and the result copied to the surface. `memory`
+// and `background` are destroyed; false, unlogged, when a buffer cannot be had.
+bool BlendOntoSurface(VtGraphics* graphics, VtGraphics* memory, VtImage* background, VtImage* image, VtImage* mask,
+                      const VtImageInfo& info, const BlitPlace& place, unsigned t)
+{
+    Capture(memory, background, info.width, info.height, graphics, place.x, place.y);
+    PixelBuffer source, target, maskBits;
+    try {
+        source = NewPixelBuffer(info);
+        target = NewPixelBuffer(info);
+        if (mask != nullptr)
+            maskBits = NewPixelBuffer(info);
+    } catch (const std::bad_alloc&) {
+        delete memory;
+        delete background;
+        return false;
+    }
+    const auto byteCount = static_cast<long long>(PixelBytes(info));
+    image->GetBits(byteCount, source.get());
+    background->GetBits(byteCount, target.get());
+    if (mask != nullptr)
+        mask->GetBits(byteCount, maskBits.get());
+    int cols = 0, rows = 0;
+    BlendedArea(graphics, info, place.width, place.height, cols, rows);
+    if (mask != nullptr)
+        BlendMaskedArea(source.get(), target.get(), maskBits.get(), info, cols, rows, t);
+    else
+        BlendArea(source.get(), target.get(), info, cols, rows, t);
+    background->SetBits(byteCount, target.get());
+    source.reset();
+    target.reset();
+    maskBits.reset();
+
+    const bool copied =
+        DrawThrough(graphics, place.x, place.y, place.width, place.height, memory, background, VT_ROP_COPY);
+    delete memory;
+    delete background;
+    return copied;
+}
+
+}  // namespace
+
+bool VtEspecialFill::TransparentBitblt(VtGraphics* graphics, VtImage* image, int x, int y, int width, int height,
+                                       int transparency)
+{
+    if (!HasExtent(width, height))
+        return false;
     const int t = ClampPercent(transparency);
     if (t == 100)
         return true;
@@ -179,40 +234,15 @@ bool VtEspecialFill::TransparentBitblt(VtGraphics* graphics, VtImage* image, int
         LogFailure(__LINE__, "EGc037");
         return false;
     }
-    Capture(memory, background, info.width, info.height, graphics, x, y);
-
-    PixelBuffer source, target;
-    try {
-        source = NewPixelBuffer(info);
-        target = NewPixelBuffer(info);
-    } catch (const std::bad_alloc&) {
-        delete memory;
-        delete background;
-        return false;
-    }
-    const auto byteCount = static_cast<long long>(PixelBytes(info));
-    image->GetBits(byteCount, source.get());
-    background->GetBits(byteCount, target.get());
-    int cols = 0, rows = 0;
-    BlendedArea(graphics, info, width, height, cols, rows);
-    BlendArea(source.get(), target.get(), info, cols, rows, static_cast<unsigned>(t));
-    background->SetBits(byteCount, target.get());
-    source.reset();
-    target.reset();
-
-    const bool copied = DrawThrough(graphics, x, y, width, height, memory, background, VT_ROP_COPY);
-    delete memory;
-    delete background;
-    return copied;
+    return BlendOntoSurface(graphics, memory, background, image, nullptr, info, {x, y, width, height},
+                            static_cast<unsigned>(t));
 }
 
 bool VtEspecialFill::TransparentBitbltMask(VtGraphics* graphics, VtImage* image, VtImage* mask, int x, int y,
                                            int width, int height, int transparency)
 {
-    if (width == 0 || height == 0) {
-        LogFailure(__LINE__, "EEa005");
+    if (!HasExtent(width, height))
         return false;
-    }
     const int t = ClampPercent(transparency);
     if (t == 100)
         return true;
@@ -240,34 +270,8 @@ bool VtEspecialFill::TransparentBitbltMask(VtGraphics* graphics, VtImage* image,
         LogFailure(__LINE__, "EGd007");
         return false;
     }
-    Capture(memory, background, info.width, info.height, graphics, x, y);
-
-    PixelBuffer source, target, maskBits;
-    try {
-        source = NewPixelBuffer(info);
-        target = NewPixelBuffer(info);
-        maskBits = NewPixelBuffer(info);
-    } catch (const std::bad_alloc&) {
-        delete memory;
-        delete background;
-        return false;
-    }
-    const auto byteCount = static_cast<long long>(PixelBytes(info));
-    image->GetBits(byteCount, source.get());
-    background->GetBits(byteCount, target.get());
-    mask->GetBits(byteCount, maskBits.get());
-    int cols = 0, rows = 0;
-    BlendedArea(graphics, info, width, height, cols, rows);
-    BlendMaskedArea(source.get(), target.get(), maskBits.get(), info, cols, rows, static_cast<unsigned>(t));
-    background->SetBits(byteCount, target.get());
-    source.reset();
-    target.reset();
-    maskBits.reset();
-
-    const bool copied = DrawThrough(graphics, x, y, width, height, memory, background, VT_ROP_COPY);
-    delete memory;
-    delete background;
-    return copied;
+    return BlendOntoSurface(graphics, memory, background, image, mask, info, {x, y, width, height},
+                            static_cast<unsigned>(t));
 }
 
 namespace {
