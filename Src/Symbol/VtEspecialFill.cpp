@@ -167,15 +167,30 @@ double Distance(const ZedaPoint& a, const ZedaPoint& b)
 
 bool IsNear(double value) { return -kLineTolerance < value && value < kLineTolerance; }
 
+// The line through p1 and p2 and the point to place, in doubles.
+struct LineAndPoint {
+    double x1, y1, x3, y3;
+    double dx, dy;  // p2 - p1, exact for any two ints
+
+    LineAndPoint(const ZedaPoint& p1, const ZedaPoint& p2, const ZedaPoint& point)
+        : x1(p1.x), y1(p1.y), x3(point.x), y3(point.y), dx(static_cast<double>(p2.x) - x1),
+          dy(static_cast<double>(p2.y) - y1)
+    {
+    }
+
+    // Steeper than 45 degrees: the constructions then work from y.
+    bool IsSteep() const { return std::fabs(dy) - std::fabs(dx) > 0; }
+};
+
 // The vertical and horizontal lines, where both point constructions agree.
-bool OntoAxisParallelLine(double x1, double y1, double x2, double y2, ZedaPoint& point)
+bool OntoAxisParallelLine(const LineAndPoint& line, ZedaPoint& point)
 {
-    if (IsNear(x1 - x2)) {
-        point = ZedaPoint(static_cast<int>(x1), point.y);
+    if (IsNear(line.dx)) {
+        point = ZedaPoint(static_cast<int>(line.x1), point.y);
         return true;
     }
-    if (IsNear(y1 - y2)) {
-        point = ZedaPoint(point.x, static_cast<int>(y1));
+    if (IsNear(line.dy)) {
+        point = ZedaPoint(point.x, static_cast<int>(line.y1));
         return true;
     }
     return false;
@@ -225,12 +240,11 @@ void VtEspecialFill::GetColor(const ZedaPoint& start, const ZedaPoint& end, unsi
 
 void VtEspecialFill::GetSectionPoint(const ZedaPoint& p1, const ZedaPoint& p2, ZedaPoint& point)
 {
-    const double x1 = p1.x, y1 = p1.y, x2 = p2.x, y2 = p2.y, x3 = point.x, y3 = point.y;
-    if (OntoAxisParallelLine(x1, y1, x2, y2, point))
+    const LineAndPoint line(p1, p2, point);
+    if (OntoAxisParallelLine(line, point))
         return;
-    const double dx = x2 - x1;
-    const double dy = y2 - y1;
-    if (std::fabs(dy) - std::fabs(dx) > 0)
+    const auto [x1, y1, x3, y3, dx, dy] = line;
+    if (line.IsSteep())
         point = ZedaPoint(static_cast<int>(x1 + dx * (y3 - y1) / dy), point.y);
     else
         point = ZedaPoint(point.x, static_cast<int>(y1 + dy * (x3 - x1) / dx));
@@ -238,13 +252,12 @@ void VtEspecialFill::GetSectionPoint(const ZedaPoint& p1, const ZedaPoint& p2, Z
 
 void VtEspecialFill::GetVerticalPoint(const ZedaPoint& p1, const ZedaPoint& p2, ZedaPoint& point)
 {
-    const double x1 = p1.x, y1 = p1.y, x2 = p2.x, y2 = p2.y, x3 = point.x, y3 = point.y;
-    if (OntoAxisParallelLine(x1, y1, x2, y2, point))
+    const LineAndPoint line(p1, p2, point);
+    if (OntoAxisParallelLine(line, point))
         return;
-    const double dx = x2 - x1;
-    const double dy = y2 - y1;
+    const auto [x1, y1, x3, y3, dx, dy] = line;
     const double lengthSquared = dx * dx + dy * dy;
-    if (std::fabs(dy) - std::fabs(dx) > 0) {
+    if (line.IsSteep()) {
         const int y = static_cast<int>((dx * dx * y1 + dy * dy * y3 + dx * dy * (x3 - x1)) / lengthSquared);
         point = ZedaPoint(static_cast<int>(x1 + dx * (y - y1) / dy), y);
     } else {
