@@ -145,4 +145,43 @@ private:
     LibraryReport report_;
 };
 
+// A library of one kind of symbol. The kinds differ only in their library
+// type, their stream magic and their symbol class, whose Write and Read carry
+// the kind's own fields.
+template <typename Symbol, int libType, int magic>
+class LQ_EXPORT ResourceSymbolLibOf : public ResourceSymbolLib {
+public:
+    static constexpr int streamMagic = magic;
+
+    int GetLibType() const override { return libType; }
+    int GetStreamMagic() const override { return streamMagic; }
+
+protected:
+    ResourceSymbolLibOf() = default;
+
+    // The symbol of that ID, or null (without a log line).
+    Symbol* FindOfKind(int id) const
+    {
+        const auto found = symbols.find(id);
+        return found == symbols.end() ? nullptr : dynamic_cast<Symbol*>(found->second);
+    }
+
+    ResourceSymbol* NewSymbol() const override { return new Symbol; }
+
+    bool IsOwnKind(const ResourceSymbol& symbol) const override
+    {
+        return dynamic_cast<const Symbol*>(&symbol) != nullptr;
+    }
+
+    bool WriteFields(VTC::VtStream& stream, const ResourceSymbol& symbol) const override
+    {
+        return static_cast<const Symbol&>(symbol).Write(stream);
+    }
+
+    bool ReadFields(VTC::VtStream& stream, ResourceSymbol& symbol) const override
+    {
+        return static_cast<Symbol&>(symbol).Read(stream);
+    }
+};
+
 }  // namespace LqExample
