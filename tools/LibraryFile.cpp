@@ -14,12 +14,7 @@
 namespace LqTool {
 
 namespace fs = std::filesystem;
-using LqExample::LineSymbol;
-using LqExample::LineSymbolLib;
-using LqExample::MarkerSymbol;
-using LqExample::MarkerSymbolLib;
-using LqExample::RasterImage;
-using LqExample::ResourceSymbolLib;
+using namespace LqExample;
 using ZEDA::ZedaUnicodeString;
 
 namespace {

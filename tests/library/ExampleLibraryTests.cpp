@@ -23,14 +23,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using LqExample::LineSymbol;
-using LqExample::LineSymbolLib;
-using LqExample::MarkerShape;
-using LqExample::MarkerSymbol;
-using LqExample::MarkerSymbolLib;
-using LqExample::RasterImage;
-using LqExample::ResourceCache;
-using LqExample::ResourceSymbolLib;
+using namespace LqExample;
 using VTC::VtSymbolGroup;
 using ZEDA::ZedaUnicodeString;
 
