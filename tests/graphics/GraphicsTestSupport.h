@@ -18,6 +18,7 @@ namespace VTC::test {
 using ZEDA::ZedaPoint;
 using ZEDA::ZedaRect;
 using ZEDA::ZedaSize;
+using Manager = VtGraphicsManager;
 template <typename T> using Owned = std::unique_ptr<T>;
 
 constexpr unsigned int kWhite = ZEDARGB(255, 255, 255);
@@ -29,7 +30,7 @@ constexpr unsigned int kGreen = ZEDARGB(0, 255, 0);
 // A new image, all bytes 0 unless filled.
 inline Owned<VtImage> MakeImage(int width, int height, int bpp, std::optional<unsigned int> fill = {})
 {
-    Owned<VtImage> image(VtGraphicsManager::NewImage(0));
+    Owned<VtImage> image(Manager::NewImage(0));
     EXPECT_TRUE(image->CreateImage(width, height, 1, bpp, nullptr, nullptr));
     if (fill)
         image->Fill(*fill);
@@ -38,50 +39,40 @@ inline Owned<VtImage> MakeImage(int width, int height, int bpp, std::optional<un
 
 inline Owned<VtPen> MakePen(unsigned int colour, double width, int style = VT_PEN_SOLID)
 {
-    Owned<VtPen> pen(VtGraphicsManager::NewPen(0));
+    Owned<VtPen> pen(Manager::NewPen(0));
     EXPECT_TRUE(pen->CreatePen(style, colour, 0, 0, width));
     return pen;
 }
 
 inline Owned<VtBrush> MakeBrush(unsigned int colour, int style = VT_BRUSH_SOLID)
 {
-    Owned<VtBrush> brush(VtGraphicsManager::NewBrush(0));
+    Owned<VtBrush> brush(Manager::NewBrush(0));
     EXPECT_TRUE(brush->CreateBrush(style, colour, 100, 0, ZedaSize(0, 0), 0));
     return brush;
 }
 
-inline Owned<VtRgn> MakeRegion(const ZedaRect& r)
+inline Owned<VtRgn> MakeRegion(const ZedaRect& r, const std::vector<ZedaPoint>& polygon = {})
 {
-    Owned<VtRgn> region(VtGraphicsManager::NewRgn(0));
-    EXPECT_TRUE(region->CreateRectRegion(r.left, r.top, r.right, r.bottom));
+    Owned<VtRgn> region(Manager::NewRgn(0));
+    EXPECT_TRUE(polygon.empty() ? region->CreateRectRegion(r.left, r.top, r.right, r.bottom)
+                                : region->CreatePolygonRegion(polygon.data(), static_cast<int>(polygon.size())));
     return region;
 }
 
-inline Owned<VtRgn> MakeRegion(const std::vector<ZedaPoint>& polygon)
-{
-    Owned<VtRgn> region(VtGraphicsManager::NewRgn(0));
-    EXPECT_TRUE(region->CreatePolygonRegion(polygon.data(), static_cast<int>(polygon.size())));
-    return region;
-}
+inline Owned<VtRgn> MakeRegion(const std::vector<ZedaPoint>& polygon) { return MakeRegion({}, polygon); }
 
-// An image-backed graphics on `image`, in plain device pixels.
-inline Owned<VtGraphics> GraphicsOn(VtImage* image)
-{
-    return Owned<VtGraphics>(VtGraphicsManager::CreateImageGraphics(image));
-}
+inline Owned<VtGraphics> GraphicsOn(VtImage* image) { return Owned<VtGraphics>(Manager::CreateImageGraphics(image)); }
 
-// A memory graphics compatible with `reference`, drawing on `image`.
 inline Owned<VtGraphics> MemoryOn(VtGraphics* reference, VtImage* image)
 {
-    Owned<VtGraphics> memory(VtGraphicsManager::NewGraphics(0));
+    Owned<VtGraphics> memory(Manager::NewGraphics(0));
     EXPECT_TRUE(memory->CreateCompatibleGraphics(reference));
     memory->SelectImage(image);
     return memory;
 }
 
-// A pen and a brush selected into a graphics; they must outlive its drawing.
+// Selects a pen and a brush, which must outlive the graphics' drawing.
 using Tools = std::pair<Owned<VtPen>, Owned<VtBrush>>;
-
 inline Tools Use(VtGraphics& graphics, Owned<VtPen> pen, Owned<VtBrush> brush)
 {
     graphics.SelectPen(pen.get());
@@ -89,7 +80,6 @@ inline Tools Use(VtGraphics& graphics, Owned<VtPen> pen, Owned<VtBrush> brush)
     return {std::move(pen), std::move(brush)};
 }
 
-// Fills `rect` in `colour` without an outline.
 inline void FillRect(VtGraphics& graphics, const ZedaRect& rect, unsigned int colour)
 {
     const Tools tools = Use(graphics, MakePen(kBlack, 0, VT_PEN_NULL), MakeBrush(colour));
@@ -97,25 +87,28 @@ inline void FillRect(VtGraphics& graphics, const ZedaRect& rect, unsigned int co
     Use(graphics, nullptr, nullptr);
 }
 
-// f(x, y) for every pixel of a width x height grid, row by row.
+// f(x, y) for every pixel, row by row; Grid keeps the results.
+template <typename F>
+void ForEachPixel(int width, int height, F&& f)
+{
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            f(x, y);
+}
+
 template <typename F>
 auto Grid(int width, int height, F&& f)
 {
     std::vector<decltype(f(0, 0))> values;
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            values.push_back(f(x, y));
+    ForEachPixel(width, height, [&](int x, int y) { values.push_back(f(x, y)); });
     return values;
 }
 
-// An image whose pixel (x, y) is colour(x, y).
 template <typename Colour>
 Owned<VtImage> PaintedImage(int width, int height, int bpp, Colour&& colour)
 {
     auto image = MakeImage(width, height, bpp);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            image->SetPixelColour(x, y, colour(x, y));
+    ForEachPixel(width, height, [&](int x, int y) { image->SetPixelColour(x, y, colour(x, y)); });
     return image;
 }
 
@@ -125,42 +118,40 @@ inline std::vector<unsigned int> ColoursOf(const VtImage& image)
     return Grid(image.GetWidth(), image.GetHeight(), [&](int x, int y) { return image.GetPixelColour(x, y); });
 }
 
+inline std::vector<unsigned int> ColoursAt(const VtImage& image, std::initializer_list<ZedaPoint> points)
+{
+    std::vector<unsigned int> colours;
+    for (const ZedaPoint& p : points)
+        colours.push_back(image.GetPixelColour(p.x, p.y));
+    return colours;
+}
+
 inline std::vector<bool> ColourMask(const VtImage& image, unsigned int colour)
 {
     return Grid(image.GetWidth(), image.GetHeight(),
                 [&](int x, int y) { return ((image.GetPixelColour(x, y) ^ colour) & 0xFFFFFFu) == 0; });
 }
 
-inline int CountColour(const VtImage& image, unsigned int colour)
-{
-    const std::vector<bool> mask = ColourMask(image, colour);
-    return static_cast<int>(std::count(mask.begin(), mask.end(), true));
-}
-
 // Bounding box of the pixels of `colour`; empty when there are none.
 inline ZedaRect ColourBounds(const VtImage& image, unsigned int colour)
 {
-    const std::vector<bool> mask = ColourMask(image, colour);
     ZedaRect box;
-    for (std::size_t i = 0; i < mask.size(); ++i) {
-        const int x = static_cast<int>(i) % image.GetWidth(), y = static_cast<int>(i) / image.GetWidth();
-        if (mask[i])
+    ForEachPixel(image.GetWidth(), image.GetHeight(), [&](int x, int y) {
+        if (((image.GetPixelColour(x, y) ^ colour) & 0xFFFFFFu) == 0)
             box = box.IsEmpty() ? ZedaRect(x, y, x + 1, y + 1)
                                 : ZedaRect(std::min(box.left, x), box.top, std::max(box.right, x + 1), y + 1);
-    }
+    });
     return box;
 }
 
-// Codes of the log records written since the last call, each of level 300.
-inline std::vector<std::string> TakeLoggedCodes()
+// The log records written since the last call, as "level code".
+inline std::vector<std::string> TakeLog()
 {
-    std::vector<std::string> codes;
-    for (const VtLogRecord& record : VtLogFile::GetInstance(false)->GetRecords()) {
-        EXPECT_EQ(record.level, 300) << record.code;
-        codes.push_back(record.code);
-    }
+    std::vector<std::string> records;
+    for (const VtLogRecord& record : VtLogFile::GetInstance(false)->GetRecords())
+        records.push_back(std::to_string(record.level) + ' ' + record.code);
     VtLogFile::GetInstance(false)->ClearRecords();
-    return codes;
+    return records;
 }
 
 inline std::string ReadFileBytes(const std::string& path)
@@ -169,7 +160,6 @@ inline std::string ReadFileBytes(const std::string& path)
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
-// A fresh folder, removed with everything in it.
 class TempDir {
 public:
     ~TempDir() { std::filesystem::remove_all(path_); }
