@@ -30,24 +30,13 @@ uint32_t Blend(uint32_t colour1, uint32_t colour2, double t)
 template <typename Paint>
 void ForEachPixel(const RasterView& target, const ZedaRect& box, const cairo_region_t* clip, Paint&& paint)
 {
-    ZedaRect area = box;
-    if (!area.Intersection(target.Bounds())) {
-        return;
-    }
-    RegionPtr visible = MakeRegion(area);
-    if (clip != nullptr) {
-        cairo_region_intersect(visible.get(), clip);
-    }
-    const int count = cairo_region_num_rectangles(visible.get());
-    for (int i = 0; i < count; ++i) {
-        cairo_rectangle_int_t r;
-        cairo_region_get_rectangle(visible.get(), i, &r);
-        for (int y = r.y; y < r.y + r.height; ++y) {
-            for (int x = r.x; x < r.x + r.width; ++x) {
+    ForEachVisibleRect(box, target.Bounds(), clip, [&](const ZedaRect& r) {
+        for (int y = r.top; y < r.bottom; ++y) {
+            for (int x = r.left; x < r.right; ++x) {
                 paint(x, y);
             }
         }
-    }
+    });
 }
 
 // The centre moved by the offsets (a positive offsetY moves it up) and the

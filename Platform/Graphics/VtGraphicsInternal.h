@@ -34,6 +34,26 @@ ZEDA::ZedaRect RegionExtents(const cairo_region_t* region);
 // The even-odd interior of the polygons, sampled at pixel centres.
 RegionPtr RasterisePolygons(const ZEDA::ZedaPoint* points, const int* counts, int polyCount);
 
+// Calls visit(rect) for each rectangle of `box` that lies within `bounds` and
+// inside `clip` (null: no clip).
+template <typename Visit>
+void ForEachVisibleRect(ZEDA::ZedaRect box, const ZEDA::ZedaRect& bounds, const cairo_region_t* clip, Visit&& visit)
+{
+    if (!box.Intersection(bounds)) {
+        return;
+    }
+    RegionPtr visible = MakeRegion(box);
+    if (clip != nullptr) {
+        cairo_region_intersect(visible.get(), clip);
+    }
+    const int count = cairo_region_num_rectangles(visible.get());
+    for (int i = 0; i < count; ++i) {
+        cairo_rectangle_int_t r;
+        cairo_region_get_rectangle(visible.get(), i, &r);
+        visit(ZEDA::ZedaRect(r.x, r.y, r.x + r.width, r.y + r.height));
+    }
+}
+
 }  // namespace gfx
 
 // The one door into the private parts of images and regions.

@@ -36,6 +36,20 @@ bool IsRasterDepth(int bpp) { return bpp == 16 || bpp == 24 || bpp == 32; }
 // Surfaces that stand for paper store 24-bit pixels red first.
 gfx::PixelFormat PaperFormat(int bpp) { return {bpp, bpp == 24}; }
 
+// A factory call fails when a fault was injected for it, or, with a log
+// record, for a type other than 0.
+bool IsRefused(VtFaultKind fault, int type)
+{
+    if (gfx::TakeFault(fault)) {
+        return true;
+    }
+    if (type != 0) {
+        gfx::LogFailure("GMg001", kSource, __LINE__);
+        return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 namespace gfx {
@@ -85,11 +99,7 @@ VtGraphics* VtGraphicsManager::NewGraphics(int type)
 
 VtImage* VtGraphicsManager::NewImage(int type)
 {
-    if (gfx::TakeFault(VT_FAULT_NEW_IMAGE)) {
-        return nullptr;
-    }
-    if (type != 0) {
-        gfx::LogFailure("GMg001", kSource, __LINE__);
+    if (IsRefused(VT_FAULT_NEW_IMAGE, type)) {
         return nullptr;
     }
     return VtGraphicsInternals::MakeImage(true).release();
@@ -97,11 +107,7 @@ VtImage* VtGraphicsManager::NewImage(int type)
 
 VtPen* VtGraphicsManager::NewPen(int type)
 {
-    if (gfx::TakeFault(VT_FAULT_NEW_PEN)) {
-        return nullptr;
-    }
-    if (type != 0) {
-        gfx::LogFailure("GMg001", kSource, __LINE__);
+    if (IsRefused(VT_FAULT_NEW_PEN, type)) {
         return nullptr;
     }
     gfx::CountCreated();
@@ -110,11 +116,7 @@ VtPen* VtGraphicsManager::NewPen(int type)
 
 VtBrush* VtGraphicsManager::NewBrush(int type)
 {
-    if (gfx::TakeFault(VT_FAULT_NEW_BRUSH)) {
-        return nullptr;
-    }
-    if (type != 0) {
-        gfx::LogFailure("GMg001", kSource, __LINE__);
+    if (IsRefused(VT_FAULT_NEW_BRUSH, type)) {
         return nullptr;
     }
     gfx::CountCreated();
@@ -123,11 +125,7 @@ VtBrush* VtGraphicsManager::NewBrush(int type)
 
 VtRgn* VtGraphicsManager::NewRgn(int type)
 {
-    if (gfx::TakeFault(VT_FAULT_NEW_RGN)) {
-        return nullptr;
-    }
-    if (type != 0) {
-        gfx::LogFailure("GMg001", kSource, __LINE__);
+    if (IsRefused(VT_FAULT_NEW_RGN, type)) {
         return nullptr;
     }
     return VtGraphicsInternals::MakeRgn(true).release();

@@ -429,22 +429,12 @@ void FillBoxes(const RasterView& target, const std::vector<ZedaRect>& boxes, uin
                const cairo_region_t* clip)
 {
     const uint32_t raw = DrawingRaw(target, colour);
-    for (ZedaRect box : boxes) {
-        if (!box.Intersection(target.Bounds())) {
-            continue;
-        }
-        RegionPtr visible = MakeRegion(box);
-        if (clip != nullptr) {
-            cairo_region_intersect(visible.get(), clip);
-        }
-        const int count = cairo_region_num_rectangles(visible.get());
-        for (int i = 0; i < count; ++i) {
-            cairo_rectangle_int_t r;
-            cairo_region_get_rectangle(visible.get(), i, &r);
-            for (int y = r.y; y < r.y + r.height; ++y) {
-                FillSpan(target, y, r.x, r.x + r.width, raw);
+    for (const ZedaRect& box : boxes) {
+        ForEachVisibleRect(box, target.Bounds(), clip, [&](const ZedaRect& r) {
+            for (int y = r.top; y < r.bottom; ++y) {
+                FillSpan(target, y, r.left, r.right, raw);
             }
-        }
+        });
     }
 }
 

@@ -417,27 +417,15 @@ RasterView PixelBlock::View() const
 void BlitToRaster(const RasterView& target, const ZedaRect& dest, const BlitSource& from, uint32_t rop,
                   const cairo_region_t* clip)
 {
-    ZedaRect area = dest;
-    if (!area.Intersection(target.Bounds())) {
-        return;
-    }
-    RegionPtr visible = MakeRegion(area);
-    if (clip != nullptr) {
-        cairo_region_intersect(visible.get(), clip);
-    }
     const RasterView& source = from.view;
     const int dx = dest.left - from.origin.x;
     const int dy = dest.top - from.origin.y;
     const PixelConverter convert(source, target, from.background);
     const bool plainCopy = convert.IsIdentity() && rop == VT_ROP_COPY && target.format.bpp >= 8;
-    const int count = cairo_region_num_rectangles(visible.get());
-    for (int i = 0; i < count; ++i) {
-        cairo_rectangle_int_t r;
-        cairo_region_get_rectangle(visible.get(), i, &r);
-        const ZedaRect rect{r.x, r.y, r.x + r.width, r.y + r.height};
+    ForEachVisibleRect(dest, target.Bounds(), clip, [&](const ZedaRect& rect) {
         if (plainCopy) {
             CopyRows(target, source, rect, dx, dy);
-            continue;
+            return;
         }
         for (int y = rect.top; y < rect.bottom; ++y) {
             for (int x = rect.left; x < rect.right; ++x) {
@@ -445,7 +433,7 @@ void BlitToRaster(const RasterView& target, const ZedaRect& dest, const BlitSour
                 WriteRaw(target, x, y, ApplyRop(rop, s, ReadRaw(target, x, y)));
             }
         }
-    }
+    });
 }
 
 VtImage* SurfaceDevice::SelectImage(VtImage* /*image*/) { return nullptr; }
