@@ -41,61 +41,61 @@ void ForEachPixel(const RasterView& target, const ZedaRect& box, const cairo_reg
 
 // The centre moved by the offsets (a positive offsetY moves it up) and the
 // distance from it to the far corner, where colour2 is reached.
-std::pair<Vec, double> CentreAndReach(const ZedaRect& box, const GradientSpec& spec)
+std::pair<Vec, double> CentreAndReach(const ZedaRect& box, const GradientParams& params)
 {
-    const Vec centre{(box.left + box.right) / 2.0 + box.Width() * spec.offsetX / 100.0,
-                     (box.top + box.bottom) / 2.0 - box.Height() * spec.offsetY / 100.0};
-    const Vec corner{spec.offsetX < 0 ? double(box.right) : double(box.left),
-                     spec.offsetY > 0 ? double(box.bottom) : double(box.top)};
+    const Vec centre{(box.left + box.right) / 2.0 + box.Width() * params.offsetX / 100.0,
+                     (box.top + box.bottom) / 2.0 - box.Height() * params.offsetY / 100.0};
+    const Vec corner{params.offsetX < 0 ? double(box.right) : double(box.left),
+                     params.offsetY > 0 ? double(box.bottom) : double(box.top)};
     const double reach = std::hypot(corner.x - centre.x, corner.y - centre.y);
     return {centre, std::max(reach, 1.0)};
 }
 
 }  // namespace
 
-void PaintLinearGradient(const RasterView& target, const ZedaRect& box, const GradientSpec& spec,
+void PaintLinearGradient(const RasterView& target, const ZedaRect& box, const GradientParams& params,
                          const cairo_region_t* clip)
 {
     // The axis runs along the angle from the corner where it enters the box
     // to the projection of the opposite corner.
-    const Vec axis{std::cos(spec.angle), -std::sin(spec.angle)};
+    const Vec axis{std::cos(params.angle), -std::sin(params.angle)};
     const Vec start{axis.x >= 0 ? double(box.left) : double(box.right),
                     axis.y >= 0 ? double(box.top) : double(box.bottom)};
     const Vec opposite{axis.x >= 0 ? double(box.right) : double(box.left),
                        axis.y >= 0 ? double(box.bottom) : double(box.top)};
     const double length = std::max((opposite.x - start.x) * axis.x + (opposite.y - start.y) * axis.y, 1e-9);
     const Vec end{start.x + axis.x * length, start.y + axis.y * length};
-    const Vec shift{spec.offsetX * (start.x - end.x) / 100.0, spec.offsetY * (start.y - end.y) / 100.0};
+    const Vec shift{params.offsetX * (start.x - end.x) / 100.0, params.offsetY * (start.y - end.y) / 100.0};
     ForEachPixel(target, box, clip, [&](int x, int y) {
         const double px = x + 0.5 + shift.x - start.x;
         const double py = y + 0.5 + shift.y - start.y;
         const double t = std::fabs(px * axis.x + py * axis.y) / length;
-        WriteRaw(target, x, y, DrawingRaw(target, Blend(spec.colour1, spec.colour2, t)));
+        WriteRaw(target, x, y, DrawingRaw(target, Blend(params.colour1, params.colour2, t)));
     });
 }
 
-void PaintRadialGradient(const RasterView& target, const ZedaRect& box, const GradientSpec& spec,
+void PaintRadialGradient(const RasterView& target, const ZedaRect& box, const GradientParams& params,
                          const cairo_region_t* clip)
 {
-    const auto [centre, reach] = CentreAndReach(box, spec);
+    const auto [centre, reach] = CentreAndReach(box, params);
     ForEachPixel(target, box, clip, [&](int x, int y) {
         const double t = std::hypot(x + 0.5 - centre.x, y + 0.5 - centre.y) / reach;
-        WriteRaw(target, x, y, DrawingRaw(target, Blend(spec.colour1, spec.colour2, t)));
+        WriteRaw(target, x, y, DrawingRaw(target, Blend(params.colour1, params.colour2, t)));
     });
 }
 
-void PaintSquareGradient(const RasterView& image, const ZedaRect& box, const GradientSpec& spec)
+void PaintSquareGradient(const RasterView& image, const ZedaRect& box, const GradientParams& params)
 {
-    const auto [centre, reach] = CentreAndReach(box, spec);
-    const double c = std::cos(spec.angle);
-    const double s = std::sin(spec.angle);
+    const auto [centre, reach] = CentreAndReach(box, params);
+    const double c = std::cos(params.angle);
+    const double s = std::sin(params.angle);
     for (int y = 0; y < image.height; ++y) {
         for (int x = 0; x < image.width; ++x) {
             const double dx = box.left + x + 0.5 - centre.x;
             const double dy = box.top + y + 0.5 - centre.y;
             // Distance measured in squares turned by the angle.
             const double half = std::max(std::fabs(dx * c - dy * s), std::fabs(dx * s + dy * c));
-            WriteRaw(image, x, y, DrawingRaw(image, Blend(spec.colour1, spec.colour2, half / reach)));
+            WriteRaw(image, x, y, DrawingRaw(image, Blend(params.colour1, params.colour2, half / reach)));
         }
     }
 }

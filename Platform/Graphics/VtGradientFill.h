@@ -10,7 +10,7 @@
 
 namespace VTC::gfx {
 
-struct GradientSpec {
+struct GradientParams {
     uint32_t colour1 = 0;
     uint32_t colour2 = 0;
     int offsetX = 0;  // percent of the box
@@ -20,11 +20,11 @@ struct GradientSpec {
 
 // `box` is the gradient's frame in device pixels; only pixels of `target`
 // inside `clip` (when given) are painted.
-void PaintLinearGradient(const RasterView& target, const ZedaRect& box, const GradientSpec& spec,
+void PaintLinearGradient(const RasterView& target, const ZedaRect& box, const GradientParams& params,
                          const cairo_region_t* clip);
-void PaintRadialGradient(const RasterView& target, const ZedaRect& box, const GradientSpec& spec,
+void PaintRadialGradient(const RasterView& target, const ZedaRect& box, const GradientParams& params,
                          const cairo_region_t* clip);
 // Fills all of `image`, whose pixel (0, 0) is the top-left of `box`.
-void PaintSquareGradient(const RasterView& image, const ZedaRect& box, const GradientSpec& spec);
+void PaintSquareGradient(const RasterView& image, const ZedaRect& box, const GradientParams& params);
 
 }  // namespace VTC::gfx

@@ -63,10 +63,10 @@ ZedaRect GradientBox(const VtGraphics::State& s)
     return box;
 }
 
-using GradientPainter = void (*)(const gfx::RasterView&, const ZedaRect&, const gfx::GradientSpec&,
+using GradientPainter = void (*)(const gfx::RasterView&, const ZedaRect&, const gfx::GradientParams&,
                                  const cairo_region_t*);
 
-bool DrawNativeGradient(VtGraphics::State& s, GradientPainter paint, const gfx::GradientSpec& spec)
+bool DrawNativeGradient(VtGraphics::State& s, GradientPainter paint, const gfx::GradientParams& params)
 {
     VtImage* target = s.kind == VT_SURFACE_NATIVE_GRADIENT ? s.device->TargetImage() : nullptr;
     const ZedaRect box = GradientBox(s);
@@ -74,7 +74,7 @@ bool DrawNativeGradient(VtGraphics::State& s, GradientPainter paint, const gfx::
         gfx::LogFailure("GGr015", kSource, __LINE__);
         return false;
     }
-    paint(VtGraphicsInternals::View(*target), box, spec, ClipOf(s));
+    paint(VtGraphicsInternals::View(*target), box, params, ClipOf(s));
     return true;
 }
 
