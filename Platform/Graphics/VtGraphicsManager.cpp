@@ -131,10 +131,10 @@ VtRgn* VtGraphicsManager::NewRgn(int type)
     return VtGraphicsInternals::MakeRgn(true).release();
 }
 
-int VtGraphicsManager::GetCurGraphicsType() { return g_curGraphicsType.load(); }
-void VtGraphicsManager::SetCurGraphicsType(int type) { g_curGraphicsType.store(type); }
+namespace {
 
-VtGraphics* VtGraphicsManager::CreateWindowGraphics(int width, int height, int bitsPerPixel)
+// A surface of `kind` drawing on white paper of its own, or null (logged).
+std::unique_ptr<VtGraphics::State> OwnRasterState(int kind, int width, int height, int bitsPerPixel)
 {
     if (width <= 0 || height <= 0 || !IsRasterDepth(bitsPerPixel)) {
         gfx::LogFailure("GMg002", kSource, __LINE__);
@@ -146,7 +146,18 @@ VtGraphics* VtGraphicsManager::CreateWindowGraphics(int width, int height, int b
         gfx::LogFailure("GMg003", kSource, __LINE__);
         return nullptr;
     }
-    return Adopt(MakeGraphicsState(VT_SURFACE_WINDOW, format, gfx::MakeOwnRasterDevice(std::move(paper))));
+    return MakeGraphicsState(kind, format, gfx::MakeOwnRasterDevice(std::move(paper)));
+}
+
+}  // namespace
+
+int VtGraphicsManager::GetCurGraphicsType() { return g_curGraphicsType.load(); }
+void VtGraphicsManager::SetCurGraphicsType(int type) { g_curGraphicsType.store(type); }
+
+VtGraphics* VtGraphicsManager::CreateWindowGraphics(int width, int height, int bitsPerPixel)
+{
+    auto state = OwnRasterState(VT_SURFACE_WINDOW, width, height, bitsPerPixel);
+    return state ? Adopt(std::move(state)) : nullptr;
 }
 
 VtGraphics* VtGraphicsManager::CreateImageGraphics(VtImage* target)
@@ -206,17 +217,8 @@ VtGraphics* VtGraphicsManager::CreateVectorGraphics(const std::string& path, VtV
 
 VtGraphics* VtGraphicsManager::CreateNativeGradientGraphics(int width, int height, int bitsPerPixel)
 {
-    if (width <= 0 || height <= 0 || !IsRasterDepth(bitsPerPixel)) {
-        gfx::LogFailure("GMg002", kSource, __LINE__);
-        return nullptr;
-    }
-    const gfx::PixelFormat format{bitsPerPixel, false};
-    auto paper = gfx::MakePaper(width, height, format);
-    if (!paper->IsCreated()) {
-        gfx::LogFailure("GMg003", kSource, __LINE__);
-        return nullptr;
-    }
-    return Adopt(MakeGraphicsState(VT_SURFACE_NATIVE_GRADIENT, format, gfx::MakeOwnRasterDevice(std::move(paper))));
+    auto state = OwnRasterState(VT_SURFACE_NATIVE_GRADIENT, width, height, bitsPerPixel);
+    return state ? Adopt(std::move(state)) : nullptr;
 }
 
 void VtGraphicsManager::InjectFault(VtFaultKind what, int skip)
