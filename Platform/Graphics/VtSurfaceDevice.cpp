@@ -118,10 +118,11 @@ private:
     VtImage* selected_;
 };
 
-// The page as an RGB24 cairo image, for PDF output.
-SurfacePtr ToCairoImage(const RasterView& view)
+// A cairo image of `view`'s size whose pixel (x, y) is pixelAt(colour of view's (x, y)).
+template <typename PixelAt>
+SurfacePtr ConvertToCairo(const RasterView& view, cairo_format_t format, PixelAt&& pixelAt)
 {
-    SurfacePtr surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, view.width, view.height));
+    SurfacePtr surface(cairo_image_surface_create(format, view.width, view.height));
     if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) {
         return surface;
     }
@@ -130,11 +131,17 @@ SurfacePtr ToCairoImage(const RasterView& view)
     for (int y = 0; y < view.height; ++y) {
         auto* row = reinterpret_cast<uint32_t*>(data + static_cast<std::ptrdiff_t>(y) * stride);
         for (int x = 0; x < view.width; ++x) {
-            row[x] = RawToColour(view, ReadRaw(view, x, y)) | 0xFF000000u;
+            row[x] = pixelAt(RawToColour(view, ReadRaw(view, x, y)) & 0xFFFFFFu);
         }
     }
     cairo_surface_mark_dirty(surface.get());
     return surface;
+}
+
+// The page as an RGB24 cairo image, for PDF output.
+SurfacePtr ToCairoImage(const RasterView& view)
+{
+    return ConvertToCairo(view, CAIRO_FORMAT_RGB24, [](uint32_t colour) { return colour | 0xFF000000u; });
 }
 
 // A document surface in an error state is only finished: painting onto one
@@ -190,23 +197,10 @@ private:
 // for masks); XOR cannot be expressed.
 SurfacePtr BlockForVector(const PixelBlock& block, uint32_t rop)
 {
-    const RasterView view = block.View();
-    SurfacePtr surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, view.width, view.height));
-    if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) {
-        return surface;
-    }
-    unsigned char* data = cairo_image_surface_get_data(surface.get());
-    const int stride = cairo_image_surface_get_stride(surface.get());
-    for (int y = 0; y < view.height; ++y) {
-        auto* row = reinterpret_cast<uint32_t*>(data + static_cast<std::ptrdiff_t>(y) * stride);
-        for (int x = 0; x < view.width; ++x) {
-            const uint32_t colour = RawToColour(view, ReadRaw(view, x, y)) & 0xFFFFFFu;
-            const bool identity = (rop == VT_ROP_AND && colour == 0xFFFFFFu) || (rop == VT_ROP_OR && colour == 0);
-            row[x] = identity ? 0u : (colour | 0xFF000000u);
-        }
-    }
-    cairo_surface_mark_dirty(surface.get());
-    return surface;
+    return ConvertToCairo(block.View(), CAIRO_FORMAT_ARGB32, [rop](uint32_t colour) {
+        const bool identity = (rop == VT_ROP_AND && colour == 0xFFFFFFu) || (rop == VT_ROP_OR && colour == 0);
+        return identity ? 0u : (colour | 0xFF000000u);
+    });
 }
 
 struct DrawCommand {
