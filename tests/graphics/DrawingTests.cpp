@@ -46,6 +46,24 @@ TEST(DrawingTest, EllipsesArcsAndPolygonsWithAndWithoutPenOrBrush)
     }
 }
 
+// Past cairo's 32767-pixel limit a raster is drawn through the mask painter; it
+// must give the pixels a small raster gives.
+TEST(DrawingTest, RastersWiderThanCairosLimitDrawAsSmallOnes)
+{
+    constexpr int offset = 33000;
+    auto wide = MakeImage(offset + 24, 20, 32, kWhite);
+    auto small = MakeImage(24, 20, 32, kWhite);
+    for (auto* image : {wide.get(), small.get()}) {
+        auto graphics = GraphicsOn(image);
+        auto tools = Use(*graphics, MakePen(kRed, 3), MakeBrush(kBlue));
+        const int dx = image == wide.get() ? offset : 0;
+        graphics->DrawEllipse({dx + 2, 1, dx + 21, 17});
+    }
+    for (int y = 0; y < 20; ++y)
+        for (int x = 0; x < 24; ++x)
+            ASSERT_EQ(wide->GetPixelColour(offset + x, y), small->GetPixelColour(x, y)) << x << "," << y;
+}
+
 // Butt caps through pixel centres, pulled back 1/32 pixel: the first pixel in, the last out.
 bool LineCovers(ZedaPoint from, ZedaPoint to, int width, int x, int y)
 {
