@@ -9,15 +9,11 @@
 #include "LqGraphics.h"
 #include "LqToolkit.h"
 #include "VtEspecialFillBlend.h"
+#include "VtModuleLog_p.h"
 
 namespace VTC {
 
 namespace EspecialFillDetail {
-
-void LogFailure(int line, const char* code, int level)
-{
-    VtLogFile::GetInstance(false)->RecordLog(level, code, "Src/Symbol/VtEspecialFill", line);
-}
 
 bool IsScreenSurface(VtGraphics* graphics)
 {
@@ -50,7 +46,7 @@ bool ClipRegionToScreen(VtRgn* region)
     VtRgn* screenRegion = VtGraphicsManager::NewRgn(0);
     if (screenRegion == nullptr) {
         delete region;
-        LogFailure(__LINE__, "EFd009");
+        especialFillLog.Fail("EFd009");
         return false;
     }
     screenRegion->CreateRectRegion(screen.left, screen.top, screen.right, screen.bottom);
@@ -84,13 +80,13 @@ VtRgn* NewShapeRegion(VtGraphics* graphics, const ZedaPoint* points, int count, 
 {
     VtRgn* region = VtGraphicsManager::NewRgn(0);
     if (region == nullptr) {
-        LogFailure(__LINE__, noRegionCode);
+        especialFillLog.Fail(noRegionCode);
         return nullptr;
     }
     const std::vector<ZedaPoint> copy = DevicePoints(graphics, points, count);
     if (!create(region, copy.data())) {
         delete region;
-        LogFailure(__LINE__, "EFd009");
+        especialFillLog.Fail("EFd009");
         return nullptr;
     }
     return region;
@@ -117,13 +113,13 @@ bool DrawOpaqueRectangle(VtGraphics* graphics, const ZedaRect& rect, unsigned in
 {
     VtBrush* brush = VtGraphicsManager::NewBrush(0);
     if (brush == nullptr) {
-        LogFailure(__LINE__, "EGe001");
+        especialFillLog.Fail("EGe001");
         return false;
     }
     VtPen* pen = VtGraphicsManager::NewPen(0);
     if (pen == nullptr) {
         delete brush;
-        LogFailure(__LINE__, "EGe001");
+        especialFillLog.Fail("EGe001");
         return false;
     }
     brush->CreateBrush(VT_BRUSH_SOLID, colour, 100, 0, ZedaSize(0, 0), 0);

@@ -23,9 +23,6 @@ struct VtImageInfo;
 
 namespace EspecialFillDetail {
 
-// Records a failure of the renderer.
-void LogFailure(int line, const char* code, int level = 300);
-
 // A surface that is neither printing nor recording is bound to the screen.
 // IsRecording is asked only when IsPrinting is false.
 bool IsScreenSurface(VtGraphics* graphics);

@@ -7,6 +7,7 @@
 #include "LqGraphics.h"
 #include "VtEspecialFill.h"
 #include "VtEspecialFillBlend.h"
+#include "VtModuleLog_p.h"
 
 namespace VTC {
 
@@ -45,17 +46,17 @@ void ClipToScreen(VtGraphics* graphics, GradientCanvas& canvas)
 bool OpenCanvas(VtGraphics* graphics, GradientCanvas& canvas)
 {
     if (canvas.area.Width() < 2 || canvas.area.Height() < 2) {
-        LogFailure(__LINE__, "EEa003");
+        especialFillLog.Fail("EEa003");
         return false;
     }
     canvas.memory = VtGraphicsManager::NewGraphics(0);
     if (canvas.memory == nullptr) {
-        LogFailure(__LINE__, "EGd001");
+        especialFillLog.Fail("EGd001");
         return false;
     }
     if (!canvas.memory->CreateCompatibleGraphics(graphics)) {
         delete canvas.memory;
-        LogFailure(__LINE__, "EGd001");
+        especialFillLog.Fail("EGd001");
         return false;
     }
     canvas.image = VtGraphicsManager::NewImage(0);
@@ -63,7 +64,7 @@ bool OpenCanvas(VtGraphics* graphics, GradientCanvas& canvas)
         !canvas.image->CreateCompatibleImage(graphics, canvas.area.Width(), canvas.area.Height())) {
         delete canvas.memory;
         delete canvas.image;
-        LogFailure(__LINE__, "EGd004");
+        especialFillLog.Fail("EGd004");
         return false;
     }
     canvas.previousImage = canvas.memory->SelectImage(canvas.image);
@@ -85,7 +86,7 @@ VtImage* CloseCanvas(GradientCanvas& canvas, VtPen* pen = nullptr, VtBrush* brus
 VtImage* AbandonCanvas(GradientCanvas& canvas)
 {
     delete CloseCanvas(canvas);
-    LogFailure(__LINE__, "EGe001");
+    especialFillLog.Fail("EGe001");
     return nullptr;
 }
 
@@ -276,7 +277,7 @@ VtImage* VtEspecialFill::GetLinearImage(VtGraphics* graphics, const ZedaRect& re
 {
     GradientCanvas canvas(rect);
     if (canvas.area.IsEmpty()) {
-        LogFailure(__LINE__, "EEf002");
+        especialFillLog.Fail("EEf002");
         return nullptr;
     }
     ZedaPoint start, end;
@@ -509,7 +510,7 @@ bool VtEspecialFill::GradientRectangle(VtGraphics* graphics, const ZedaRect& rec
     graphics->LogicalToDeviceRect(area);
     area.Normalize();
     if (area.IsEmpty()) {
-        LogFailure(__LINE__, "EEf007");
+        especialFillLog.Fail("EEf007");
         return false;
     }
     area.Inflate(1);
@@ -547,7 +548,7 @@ bool GradientRegion(VtGraphics* graphics, VtRgn* region, const char* emptyCode, 
     ZedaRect bounds = region->GetBoundingRect();
     if (bounds.IsEmpty()) {
         delete region;
-        LogFailure(__LINE__, emptyCode);
+        especialFillLog.Fail(emptyCode);
         return false;
     }
     graphics->DeviceToLogicalRect(bounds);

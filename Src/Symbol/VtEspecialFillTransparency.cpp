@@ -7,6 +7,7 @@
 #include "LqGraphics.h"
 #include "VtEspecialFill.h"
 #include "VtEspecialFillBlend.h"
+#include "VtModuleLog_p.h"
 
 namespace VTC {
 
@@ -153,7 +154,7 @@ void BlendMaskedArea(const unsigned char* source, unsigned char* target, const u
 bool HasExtent(int width, int height)
 {
     if (width == 0 || height == 0) {
-        LogFailure(__LINE__, "EEa005");
+        especialFillLog.Fail("EEa005");
         return false;
     }
     return true;
@@ -218,7 +219,7 @@ bool VtEspecialFill::TransparentBitblt(VtGraphics* graphics, VtImage* image, int
         return true;
     VtGraphics* memory = NewMemoryGraphics(graphics);
     if (memory == nullptr) {
-        LogFailure(__LINE__, "EGd003");
+        especialFillLog.Fail("EGd003");
         return false;
     }
     const VtImageInfo info = ImageInfoOf(image);
@@ -230,8 +231,8 @@ bool VtEspecialFill::TransparentBitblt(VtGraphics* graphics, VtImage* image, int
     VtImage* background = NewCompatibleImage(graphics, info.width, info.height);
     if (background == nullptr) {
         delete memory;
-        LogFailure(__LINE__, "EGd004");
-        LogFailure(__LINE__, "EGc037");
+        especialFillLog.Fail("EGd004");
+        especialFillLog.Fail("EGc037");
         return false;
     }
     return BlendOntoSurface(graphics, memory, background, image, nullptr, info, {x, y, width, height},
@@ -250,12 +251,12 @@ bool VtEspecialFill::TransparentBitbltMask(VtGraphics* graphics, VtImage* image,
     const VtImageInfo maskInfo = ImageInfoOf(mask);
     if (info.width != maskInfo.width || info.height != maskInfo.height ||
         info.bitsPerPixel != maskInfo.bitsPerPixel) {
-        LogFailure(__LINE__, "EGc001");
+        especialFillLog.Fail("EGc001");
         return false;
     }
     VtGraphics* memory = NewMemoryGraphics(graphics);
     if (memory == nullptr) {
-        LogFailure(__LINE__, "EGd002");
+        especialFillLog.Fail("EGd002");
         return false;
     }
     if (t == 0 || info.bitsPerPixel < 16) {
@@ -267,7 +268,7 @@ bool VtEspecialFill::TransparentBitbltMask(VtGraphics* graphics, VtImage* image,
     VtImage* background = NewCompatibleImage(graphics, info.width, info.height);
     if (background == nullptr) {
         delete memory;
-        LogFailure(__LINE__, "EGd007");
+        especialFillLog.Fail("EGd007");
         return false;
     }
     return BlendOntoSurface(graphics, memory, background, image, mask, info, {x, y, width, height},
@@ -295,7 +296,7 @@ void DrawKeyedByRasterOps(VtGraphics* graphics, VtImage* image, int x, int y, un
     };
     if (imageGraphics == nullptr || maskGraphics == nullptr || resultGraphics == nullptr) {
         destroyAll();
-        LogFailure(__LINE__, "EGd002", 400);
+        especialFillLog.Fail("EGd002", 400);
         return;
     }
     // A graphics that cannot follow the surface's format still draws in its own.
@@ -304,14 +305,14 @@ void DrawKeyedByRasterOps(VtGraphics* graphics, VtImage* image, int x, int y, un
     resultGraphics->CreateCompatibleGraphics(graphics);
     if (resultImage == nullptr || !resultImage->CreateCompatibleImage(graphics, w, h)) {
         destroyAll();
-        LogFailure(__LINE__, "EGd004", 400);
+        especialFillLog.Fail("EGd004", 400);
         return;
     }
     VtPalette palette;
     palette.RemoveAll();
     if (maskImage == nullptr || !maskImage->CreateImage(w, h, 1, 1, &palette, nullptr)) {
         destroyAll();
-        LogFailure(__LINE__, "EGd004", 400);
+        especialFillLog.Fail("EGd004", 400);
         return;
     }
     VtImage* previousImage = imageGraphics->SelectImage(image);
@@ -502,7 +503,7 @@ bool VtEspecialFill::TransparentRectangle(VtGraphics* graphics, const ZedaRect& 
         }
     }
     if (area.IsEmpty()) {
-        LogFailure(__LINE__, "EEf002");
+        especialFillLog.Fail("EEf002");
         return false;
     }
     if (!IsScreenSurface(graphics) && (area.Width() > 3999 || area.Height() > 3999)) {
@@ -512,21 +513,21 @@ bool VtEspecialFill::TransparentRectangle(VtGraphics* graphics, const ZedaRect& 
 
     VtGraphics* capturing = NewMemoryGraphics(graphics);
     if (capturing == nullptr) {
-        LogFailure(__LINE__, "EGd002");
+        especialFillLog.Fail("EGd002");
         return false;
     }
     VtGraphics* output = NewMemoryGraphics(graphics);
     if (output == nullptr) {
         delete capturing;
-        LogFailure(__LINE__, "EGd003");
+        especialFillLog.Fail("EGd003");
         return false;
     }
     VtImage* capture = NewCompatibleImage(graphics, area.Width(), area.Height());
     if (capture == nullptr) {
         delete capturing;
         delete output;
-        LogFailure(__LINE__, "EGd007");
-        LogFailure(__LINE__, "EGd004");
+        especialFillLog.Fail("EGd007");
+        especialFillLog.Fail("EGd004");
         return false;
     }
     VtImage* result = NewCompatibleImage(graphics, area.Width(), area.Height());
@@ -534,7 +535,7 @@ bool VtEspecialFill::TransparentRectangle(VtGraphics* graphics, const ZedaRect& 
         delete capturing;
         delete output;
         delete capture;
-        LogFailure(__LINE__, "EGd006");
+        especialFillLog.Fail("EGd006");
         return false;
     }
 
@@ -594,7 +595,7 @@ bool TransparentRegion(VtGraphics* graphics, VtRgn* region, unsigned int colour,
     ZedaRect bounds = region->GetBoundingRect();
     if (bounds.IsEmpty()) {
         delete region;
-        LogFailure(__LINE__, "EEf005");
+        especialFillLog.Fail("EEf005");
         return false;
     }
     VtRgn* previousClip = graphics->SelectClipRegion(region, VT_CLIP_INTERSECT);

@@ -4,17 +4,13 @@
 
 #include "LqStream.h"
 #include "LqToolkit.h"
+#include "VtModuleLog_p.h"
 #include "VtSymbol.h"
 #include "VtSymbolLib.h"
 
 namespace VTC {
 
 namespace {
-
-void LogFailure(const char* code, int line)
-{
-    VtLogFile::GetInstance(false)->RecordLog(300, code, "Src/Symbol/VtSymbolGroup", line);
-}
 
 // Files from versions 1 .. 20050302 carry a legacy value after each group name.
 bool HasLegacyValue(unsigned int fileVersion)
@@ -133,7 +129,7 @@ VtSymbolGroup* VtSymbolGroup::GetChildGroup(const ZedaUnicodeString& name) const
         if (child->GetGroupName() == name)
             return child;
     }
-    LogFailure("EGa043", __LINE__);
+    symbolGroupLog.Fail("EGa043");
     return nullptr;
 }
 
@@ -145,7 +141,7 @@ VtSymbolGroup* VtSymbolGroup::FindChildGroup(const ZedaUnicodeString& name) cons
         if (VtSymbolGroup* found = child->FindChildGroup(name))
             return found;
     }
-    LogFailure("EGa044", __LINE__);
+    symbolGroupLog.Fail("EGa044");
     return nullptr;
 }
 
@@ -180,8 +176,8 @@ ZedaUnicodeString VtSymbolGroup::GetAvailableName(const ZedaUnicodeString& name)
 VtSymbolGroup* VtSymbolGroup::CreateChildGroup(const ZedaUnicodeString& name)
 {
     if (IsChildGroupExisted(name)) {
-        LogFailure("EGa046", __LINE__);
-        LogFailure("EGa045", __LINE__);
+        symbolGroupLog.Fail("EGa046");
+        symbolGroupLog.Fail("EGa045");
         return nullptr;
     }
     auto* child = new VtSymbolGroup(attachedLib);
@@ -220,7 +216,7 @@ bool VtSymbolGroup::MoveChildTo(int index, VtSymbolGroup* target)
 bool VtSymbolGroup::RemoveChild(int index, unsigned char keepContents)
 {
     if (index < 0 || index >= GetChildGroupCount()) {
-        LogFailure("EDb009", __LINE__);
+        symbolGroupLog.Fail("EDb009");
         return false;
     }
     VtSymbolGroup* child = childGroups[index];
@@ -275,7 +271,7 @@ int VtSymbolGroup::FindItemID(int id) const
 {
     const auto found = std::find(itemIDs.begin(), itemIDs.end(), id);
     if (found == itemIDs.end()) {
-        LogFailure("EDd003", __LINE__);
+        symbolGroupLog.Fail("EDd003");
         return -1;
     }
     return static_cast<int>(found - itemIDs.begin());
@@ -297,21 +293,21 @@ VtSymbolGroup* VtSymbolGroup::FindChildGroupWithID(int id) const
         if (VtSymbolGroup* found = child->FindChildGroupWithID(id))
             return found;
     }
-    LogFailure("EGa041", __LINE__);
+    symbolGroupLog.Fail("EGa041");
     return nullptr;
 }
 
 bool VtSymbolGroup::AddItem(int id, unsigned char moveIfGrouped)
 {
     if (!attachedLib->IsIDExisted(id)) {
-        LogFailure("EGa038", __LINE__);
+        symbolGroupLog.Fail("EGa038");
         return false;
     }
     VtSymbolGroup* root = GetRootGroup();
     if (moveIfGrouped) {
         root->RemoveItemOnlyInGroup(id);
     } else if (root->IsExistID(id)) {
-        LogFailure("EGa037", __LINE__);
+        symbolGroupLog.Fail("EGa037");
         return false;
     }
     itemIDs.push_back(id);
@@ -327,7 +323,7 @@ int VtSymbolGroup::RemoveItem(int index, int count)
 {
     const int n = GetItemCount();
     if (n < 1 || index < 0 || index > n || count < 1) {
-        LogFailure("EGa021", __LINE__);
+        symbolGroupLog.Fail("EGa021");
         return 0;
     }
     const int last = LastIndexOfRun(index, count, n);
@@ -360,19 +356,19 @@ bool VtSymbolGroup::RemoveSymbol(int id)
         if (child->RemoveSymbol(id))
             return true;
     }
-    LogFailure("EGa022", __LINE__);
+    symbolGroupLog.Fail("EGa022");
     return false;
 }
 
 bool VtSymbolGroup::MoveItemTo(int id, VtSymbolGroup* target)
 {
     if (target == this || target == nullptr) {
-        LogFailure("EGa036", __LINE__);
+        symbolGroupLog.Fail("EGa036");
         return false;
     }
     const int position = FindItemID(id);
     if (position == -1) {
-        LogFailure("EGa042", __LINE__);
+        symbolGroupLog.Fail("EGa042");
         return false;
     }
     itemIDs.erase(itemIDs.begin() + position);
@@ -399,19 +395,19 @@ int VtSymbolGroup::MoveItemTo(int index, int count, VtSymbolGroup* target)
 bool VtSymbolGroup::SetItemID(int index, int newID)
 {
     if (index < 0 || index >= GetItemCount()) {
-        LogFailure("EDb001", __LINE__);
-        LogFailure("EGa047", __LINE__);
+        symbolGroupLog.Fail("EDb001");
+        symbolGroupLog.Fail("EGa047");
         return false;
     }
     const int oldID = itemIDs[index];
     if (newID == oldID) {
-        LogFailure("EEe010", __LINE__);
+        symbolGroupLog.Fail("EEe010");
         return true;
     }
     // An item whose symbol the library no longer lists cannot be renumbered.
     const int position = attachedLib->FindID(oldID);
     if (position == -1 || !attachedLib->SetIDAt(position, newID)) {
-        LogFailure("EGa047", __LINE__);
+        symbolGroupLog.Fail("EGa047");
         return false;
     }
     itemIDs[index] = newID;

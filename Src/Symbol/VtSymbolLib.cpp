@@ -3,25 +3,17 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
-#include <source_location>
 #include <string>
 
 #include "LqCompactFile.h"
 #include "LqStream.h"
 #include "LqToolkit.h"
+#include "VtModuleLog_p.h"
 #include "VtSymbol.h"
 #include "VtSymbolGroup.h"
 
 namespace VTC {
 
-namespace {
-
-void LogFailure(const char* code, std::source_location where = std::source_location::current())
-{
-    VtLogFile::GetInstance(false)->RecordLog(300, code, "Src/Symbol/VtSymbolLib", static_cast<int>(where.line()));
-}
-
-}  // namespace
 
 // ---------------------------------------------------------------------------
 // Object and accessors
@@ -149,8 +141,8 @@ void VtSymbolLib::InsertAt(int index, VtSymbol* symbol)
 int VtSymbolLib::RemoveAt(int index, int count)
 {
     if (index < 0 || index > GetSymbolCount() || count < 1) {
-        LogFailure("EDb001");
-        LogFailure("EGa020");
+        symbolLibLog.Fail("EDb001");
+        symbolLibLog.Fail("EGa020");
         return 0;
     }
     const int last = static_cast<int>(std::min<long long>(static_cast<long long>(index) + count - 1,
@@ -175,8 +167,8 @@ unsigned char VtSymbolLib::RemoveID(int id)
     const int position = FindID(id);
     const auto found = position == -1 ? symbols.end() : symbols.find(id);
     if (found == symbols.end()) {
-        LogFailure("EGa030");
-        LogFailure("EGa022");
+        symbolLibLog.Fail("EGa030");
+        symbolLibLog.Fail("EGa022");
         return 0;
     }
     delete found->second;
@@ -197,11 +189,11 @@ void VtSymbolLib::RemoveAll()
 unsigned char VtSymbolLib::Swap(int index1, int index2)
 {
     if (!IsListIndex(index1, GetSymbolCount())) {
-        LogFailure("EDb009");
+        symbolLibLog.Fail("EDb009");
         return 0;
     }
     if (!IsListIndex(index2, GetSymbolCount())) {
-        LogFailure("EDb009");
+        symbolLibLog.Fail("EDb009");
         return 0;
     }
     std::swap(idList[static_cast<std::size_t>(index1)], idList[static_cast<std::size_t>(index2)]);
@@ -216,23 +208,23 @@ void VtSymbolLib::SortByID()
 unsigned char VtSymbolLib::SetIDAt(int index, int newID)
 {
     if (IsBeforeStartAndPastEnd(index, GetSymbolCount())) {
-        LogFailure("EDb001");
-        LogFailure("EGa047");
+        symbolLibLog.Fail("EDb001");
+        symbolLibLog.Fail("EGa047");
         return 0;
     }
     if (IsIDExisted(newID)) {
-        LogFailure("EGa048");
+        symbolLibLog.Fail("EGa048");
         return 0;
     }
     const int oldID = GetIDAt(index);
     const auto found = symbols.find(oldID);
     if (found == symbols.end()) {
-        LogFailure("EGa038");
+        symbolLibLog.Fail("EGa038");
         return 0;
     }
     VtSymbol* const symbol = found->second;
     if (symbol == nullptr) {
-        LogFailure("EGa032");
+        symbolLibLog.Fail("EGa032");
         return 0;
     }
     symbol->ID = newID;
@@ -257,7 +249,7 @@ int VtSymbolLib::FindID(int id) const
 {
     const auto found = std::ranges::find(idList, id);
     if (found == idList.end()) {
-        LogFailure("EGa038");
+        symbolLibLog.Fail("EGa038");
         return -1;
     }
     return static_cast<int>(found - idList.begin());
@@ -272,7 +264,7 @@ VtSymbol* VtSymbolLib::GetSymbolByID(int id) const
 {
     const auto found = symbols.find(id);
     if (found == symbols.end()) {
-        LogFailure("EGa038");
+        symbolLibLog.Fail("EGa038");
         return nullptr;
     }
     if (found->second != nullptr)
@@ -283,13 +275,13 @@ VtSymbol* VtSymbolLib::GetSymbolByID(int id) const
 VtSymbol* VtSymbolLib::GetSymbolAt(int index) const
 {
     if (!IsListIndex(index, GetSymbolCount())) {
-        LogFailure("EDb001");
-        LogFailure("EGa004");
+        symbolLibLog.Fail("EDb001");
+        symbolLibLog.Fail("EGa004");
         return nullptr;
     }
     const auto found = symbols.find(idList[static_cast<std::size_t>(index)]);
     if (found == symbols.end()) {
-        LogFailure("EDb002");
+        symbolLibLog.Fail("EDb002");
         return nullptr;
     }
     if (found->second != nullptr)
@@ -320,15 +312,15 @@ int VtSymbolLib::FindName(const ZedaUnicodeString& name, int start) const
 {
     const int count = GetSymbolCount();
     if (!IsListIndex(start, count)) {
-        LogFailure("EDb001");
-        LogFailure("EGa026");
+        symbolLibLog.Fail("EDb001");
+        symbolLibLog.Fail("EGa026");
         return -1;
     }
     for (int i = start; i < count; ++i) {
         if (IsNamed(symbols, idList[static_cast<std::size_t>(i)], name))
             return i;
     }
-    LogFailure("EGa030");
+    symbolLibLog.Fail("EGa030");
     return -1;
 }
 
@@ -336,7 +328,7 @@ int VtSymbolLib::ReverseFindName(const ZedaUnicodeString& name, int start) const
 {
     const int count = GetSymbolCount();
     if (count == 0 || start < 0) {
-        LogFailure("EEb016");
+        symbolLibLog.Fail("EEb016");
         return -1;
     }
     // 0 means "from the end", like any start past the last position.
@@ -345,16 +337,16 @@ int VtSymbolLib::ReverseFindName(const ZedaUnicodeString& name, int start) const
         if (IsNamed(symbols, idList[static_cast<std::size_t>(i)], name))
             return i;
     }
-    LogFailure("EGa031");
-    LogFailure("EGa026");
+    symbolLibLog.Fail("EGa031");
+    symbolLibLog.Fail("EGa026");
     return -1;
 }
 
 ZedaUnicodeString VtSymbolLib::GetNameAt(int index) const
 {
     if (IsBeforeStartAndPastEnd(index, GetSymbolCount())) {
-        LogFailure("EDb001");
-        LogFailure("EGa026");
+        symbolLibLog.Fail("EDb001");
+        symbolLibLog.Fail("EGa026");
         return g_stStringBlank;
     }
     // The map holds every listed ID unless InsertAt was misused; an empty name
@@ -368,8 +360,8 @@ ZedaUnicodeString VtSymbolLib::GetNameAt(int index) const
 void VtSymbolLib::SetNameAt(int index, const ZedaUnicodeString& name)
 {
     if (IsBeforeStartAndPastEnd(index, GetSymbolCount())) {
-        LogFailure("EDb001");
-        LogFailure("EGa026");
+        symbolLibLog.Fail("EDb001");
+        symbolLibLog.Fail("EGa026");
         return;
     }
     const auto found = symbols.find(GetIDAt(index));
