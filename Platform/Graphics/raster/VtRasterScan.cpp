@@ -1,0 +1,155 @@
+#include "VtRasterScan_p.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace VTC::gfx::raster {
+
+namespace {
+
+using Wide = __int128;
+
+constexpr Fixed kSampleBelowTop = 127;
+
+Fixed FloorDiv(Wide a, Wide b)
+{
+    Wide q = a / b;
+    if (a % b != 0 && ((a < 0) != (b < 0))) {
+        --q;
+    }
+    return static_cast<Fixed>(q);
+}
+
+// The first row whose sample point lies at or below y.
+Fixed FirstSampledRow(Fixed y) { return FloorDiv(Wide{y} - kSampleBelowTop + kFixedOne - 1, kFixedOne); }
+
+// An edge stepped down the rows: its crossing is x + remainder / dy.
+struct Edge {
+    Fixed firstRow, endRow;
+    Fixed x, remainder, dy, stepX, stepRemainder;
+
+    void StartAt(Fixed row, const FixedPoint& top, const FixedPoint& bottom)
+    {
+        dy = bottom.y - top.y;
+        const Fixed dx = bottom.x - top.x;
+        const Wide numerator = Wide{top.x} * dy + Wide{row * kFixedOne + kSampleBelowTop - top.y} * dx;
+        x = FloorDiv(numerator, dy);
+        remainder = static_cast<Fixed>(numerator - Wide{x} * dy);
+        stepX = FloorDiv(Wide{kFixedOne} * dx, dy);
+        stepRemainder = static_cast<Fixed>(Wide{kFixedOne} * dx - Wide{stepX} * dy);
+    }
+
+    // Without a branch: the carry comes in no predictable pattern.
+    void Step()
+    {
+        remainder += stepRemainder;
+        const Fixed carry = remainder >= dy ? 1 : 0;
+        x += stepX + carry;
+        remainder -= carry * dy;
+    }
+};
+
+// Buffers kept per thread, so that scanning allocates only while they grow.
+struct Scratch {
+    std::vector<Edge> edges;
+    std::vector<Edge*> active;
+    std::vector<Fixed> cuts;
+};
+
+Scratch& ThreadScratch()
+{
+    thread_local Scratch scratch;
+    return scratch;
+}
+
+// The edges that meet a row of the limits, started at the first such row.
+void CollectEdges(const SpanWriter& out, const FixedPoint* points, const int* counts, int polyCount,
+                  std::vector<Edge>& edges)
+{
+    const ZedaRect& limits = out.Limits();
+    for (int p = 0; p < polyCount; ++p) {
+        const int count = std::max(counts[p], 0);
+        for (int i = 0; i < count; ++i) {
+            FixedPoint top = points[i];
+            FixedPoint bottom = points[(i + 1) % count];
+            if (top.y == bottom.y) {
+                continue;
+            }
+            if (top.y > bottom.y) {
+                std::swap(top, bottom);
+            }
+            const Fixed firstRow = std::max<Fixed>(FirstSampledRow(top.y), limits.top);
+            const Fixed endRow = std::min<Fixed>(FirstSampledRow(bottom.y), limits.bottom);
+            if (firstRow >= endRow) {
+                continue;
+            }
+            Edge edge{firstRow, endRow, 0, 0, 0, 0, 0};
+            edge.StartAt(firstRow, top, bottom);
+            edges.push_back(edge);
+        }
+        points += count;
+    }
+    std::sort(edges.begin(), edges.end(), [](const Edge& a, const Edge& b) { return a.firstRow < b.firstRow; });
+}
+
+// Turns the crossings of one row, held within the limits, into runs.
+void EmitRow(SpanWriter& out, Fixed y, std::vector<Fixed>& cuts)
+{
+    const Fixed left = out.Limits().left * kFixedOne, right = out.Limits().right * kFixedOne;
+    // Rounded and put in order: rows meet only a few edges.
+    for (std::size_t i = 0; i < cuts.size(); ++i) {
+        const Fixed cut = (std::clamp(cuts[i], left, right) + kSampleBelowTop) >> 8;
+        std::size_t at = i;
+        for (; at > 0 && cuts[at - 1] > cut; --at) {
+            cuts[at] = cuts[at - 1];
+        }
+        cuts[at] = cut;
+    }
+    for (std::size_t k = 0; k + 1 < cuts.size(); k += 2) {
+        const Fixed start = cuts[k];
+        // A gap of at most one pixel is bridged.
+        while (k + 2 < cuts.size() && cuts[k + 2] <= cuts[k + 1] + 1) {
+            k += 2;
+        }
+        out.Span(y, start, cuts[k + 1]);
+    }
+}
+
+}  // namespace
+
+Fixed ToFixed(double v) { return static_cast<Fixed>(std::nearbyint(v * kFixedOne)); }
+
+FixedPoint ToFixed(double x, double y) { return {ToFixed(x), ToFixed(y)}; }
+
+void FillPolygons(SpanWriter& out, const FixedPoint* points, const int* counts, int polyCount)
+{
+    if (out.IsEmpty()) {
+        return;
+    }
+    Scratch& s = ThreadScratch();
+    s.edges.clear();
+    s.active.clear();
+    CollectEdges(out, points, counts, polyCount, s.edges);
+    std::size_t next = 0;
+    for (Fixed y = 0;; ++y) {
+        std::erase_if(s.active, [y](const Edge* e) { return e->endRow <= y; });
+        if (s.active.empty()) {
+            if (next == s.edges.size()) {
+                return;
+            }
+            y = std::max(y, s.edges[next].firstRow);
+        }
+        for (; next < s.edges.size() && s.edges[next].firstRow <= y; ++next) {
+            s.active.push_back(&s.edges[next]);
+        }
+        s.cuts.clear();
+        for (Edge* e : s.active) {
+            s.cuts.push_back(e->x);
+            e->Step();
+        }
+        EmitRow(out, y, s.cuts);
+    }
+}
+
+}  // namespace VTC::gfx::raster

@@ -1,0 +1,49 @@
+#pragma once
+
+// Lines, outlines and ellipses as spans. Every shape is moved 1/128 pixel up
+// and left, so that no pixel centre lies exactly on an edge: neighbouring
+// shapes that share an edge neither overlap nor leave a gap.
+
+#include "VtRasterScan_p.h"
+#include "VtRasterSpans_p.h"
+
+namespace VTC::gfx::raster {
+
+// The shift up and left, in 1/256 pixel.
+constexpr Fixed kEdgeShift = 2;
+
+// The pixels, first to past the last, that a pen of `width` covers across a
+// path through the centres of the pixels at v.
+constexpr std::pair<int64_t, int64_t> PenBand(int64_t v, int width) { return {v - width / 2, v - width / 2 + width}; }
+
+// Even-odd interior of a polygon of integer vertices (pixel corners).
+void FillPolygon(SpanWriter& out, const ZedaPoint* points, int count);
+
+// A butt-capped line of `width` pixels along the path from the centre of
+// pixel `from` to the centre of pixel `to`, both pulled back 1/32 pixel along
+// the line: the pixels whose centres lie inside that rectangle. A line of
+// zero length draws nothing.
+void StrokeLine(SpanWriter& out, const ZedaPoint& from, const ZedaPoint& to, int width);
+
+// The outline of a closed polygon through the centres of its vertex pixels:
+// the rectangle of `width` along each edge (not pulled back) and, at each
+// corner, the wedge that closes the outer side, mitred up to a miter length
+// of 10 pen widths and bevelled beyond. A polygon whose vertices are all one
+// point paints the pen's square, PenBand x PenBand, about that pixel.
+void StrokePolygon(SpanWriter& out, const ZedaPoint* points, int count, int width);
+
+// The pixels whose centres lie strictly inside the ellipse inscribed in
+// `bounds` (corners on pixel corners). False, with nothing written, when a
+// semi-axis passes 2^24 pixels.
+bool FillEllipse(SpanWriter& out, const ZedaRect& bounds);
+
+// The outline of the ellipse whose path runs through the centres of the
+// edge pixels of `bounds` (its semi-axes are half the bounds less half a
+// pixel): the pixels whose centres lie inside that ellipse grown by width / 2
+// on both semi-axes and outside it shrunk by width / 2. Where the shrunk
+// ellipse vanishes the grown one is covered whole. For a circle this is
+// exactly the set of centres within width / 2 of the path. False, with
+// nothing written, when a semi-axis passes 2^24 pixels.
+bool StrokeEllipse(SpanWriter& out, const ZedaRect& bounds, int width);
+
+}  // namespace VTC::gfx::raster

@@ -1,0 +1,52 @@
+#pragma once
+
+// Runs of one raw pixel value written straight into pixel rows, through a
+// clip region.
+
+#include <cairo.h>
+
+#include <cstdint>
+
+#include "LqBase.h"
+
+namespace VTC::gfx::raster {
+
+using ZEDA::ZedaPoint;
+using ZEDA::ZedaRect;
+
+// Pixel rows owned by someone else: 1 (first pixel in the high bit), 8, 16,
+// 24 or 32 bits per pixel.
+struct Pixels {
+    unsigned char* data = nullptr;
+    int width = 0;
+    int height = 0;
+    int stride = 0;
+    int bpp = 32;
+};
+
+// Writes spans of `raw` (the stored value: 0 or 1, an index, a 5-6-5 value,
+// three bytes with byte 0 lowest, or a 32-bit word) to the pixels that lie
+// on the surface and inside the clip (null: no clip).
+class SpanWriter {
+public:
+    SpanWriter(const Pixels& pixels, uint32_t raw, const cairo_region_t* clip);
+
+    // The surface cut to the clip's extents: nothing outside it is written.
+    const ZedaRect& Limits() const { return limits_; }
+    bool IsEmpty() const { return limits_.IsEmpty(); }
+
+    // Pixels x0 .. x1 - 1 of row y.
+    void Span(int64_t y, int64_t x0, int64_t x1);
+    void Box(const ZedaRect& box);
+
+private:
+    void Write(int y, int x0, int x1) const;
+    void WriteThroughClip(int y, int x0, int x1) const;
+
+    Pixels pixels_;
+    uint32_t raw_;
+    const cairo_region_t* clip_;  // null when the clip is at most one rectangle
+    ZedaRect limits_;
+};
+
+}  // namespace VTC::gfx::raster
