@@ -3,7 +3,8 @@
 #include <string>
 
 // The subcommands of lqsymbol. Each returns the process exit code: 0 on
-// success, 1 when a file cannot be read or written or a check fails.
+// success, 1 when a file cannot be read or written or a check fails, 2 for a
+// usage error or a refused output.
 namespace LqTool {
 
 constexpr int exitOk = 0;
@@ -12,11 +13,14 @@ constexpr int exitUsage = 2;
 
 // Prints "lqsymbol: <subject>: <message>" on stderr and returns exitFailure.
 int Report(const std::string& subject, const std::string& message);
+// The same message, returning exitUsage.
+int Refuse(const std::string& subject, const std::string& message);
 
 int RunTree(const std::string& path);
 int RunInfo(const std::string& path, bool json);
-int RunConvert(const std::string& in, const std::string& out, const std::string& form, unsigned int streamVersion);
-int RunExport(const std::string& path, const std::string& output, const std::string& imageDirectory);
+int RunConvert(const std::string& in, const std::string& out, const std::string& form, unsigned int streamVersion,
+               bool force);
+int RunExport(const std::string& path, const std::string& output, const std::string& imageDirectory, bool force);
 
 struct DemoOptions {
     std::string directory;  // empty: a fresh directory in the temporary directory
@@ -41,6 +45,7 @@ struct FillOptions {
     int transparency = 0;
     int width = 320;
     int height = 240;
+    bool force = false;
 };
 int RunFill(const FillOptions& options);
 

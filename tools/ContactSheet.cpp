@@ -5,7 +5,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <memory>
+
+#include "Output.h"
 
 namespace LqTool {
 
@@ -83,25 +86,37 @@ void ContactSheet::Add(const RasterImage& picture, const std::string& label)
     cells_.push_back({picture, label, static_cast<int>(headings_.size()) - 1, column_++});
 }
 
-bool ContactSheet::Save(const std::string& path) const
+int ContactSheet::RowHeight() const
 {
-    const int rowHeight = headingHeight + cellHeight_ + labelHeight;
+    return headingHeight + cellHeight_ + labelHeight;
+}
+
+int ContactSheet::RowsPerPage() const
+{
+    return std::max(1, (maxPageHeight - titleHeight - padding) / RowHeight());
+}
+
+std::string ContactSheet::DrawPage(int firstRow, int endRow, const std::string& title) const
+{
+    const int rowHeight = RowHeight();
     const int width = columns_ * (cellWidth_ + padding) + padding;
-    const int height = titleHeight + static_cast<int>(headings_.size()) * rowHeight + padding;
+    const int height = titleHeight + (endRow - firstRow) * rowHeight + padding;
     Surface sheet(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
     Context context(cairo_create(sheet.get()));
     cairo_set_source_rgb(context.get(), 1, 1, 1);
     cairo_paint(context.get());
     cairo_select_font_face(context.get(), "sans-serif", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_BOLD);
     cairo_set_source_rgb(context.get(), 0.1, 0.1, 0.1);
-    DrawText(context.get(), padding, 24, 18, title_, width - 2 * padding);
-    for (std::size_t row = 0; row < headings_.size(); ++row)
-        DrawText(context.get(), padding, titleHeight + static_cast<double>(row) * rowHeight + 16, 13, headings_[row],
-                 width - 2 * padding);
+    DrawText(context.get(), padding, 24, 18, title, width - 2 * padding);
+    for (int row = firstRow; row < endRow; ++row)
+        DrawText(context.get(), padding, titleHeight + static_cast<double>(row - firstRow) * rowHeight + 16, 13,
+                 headings_[static_cast<std::size_t>(row)], width - 2 * padding);
     cairo_select_font_face(context.get(), "sans-serif", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_NORMAL);
     for (const Cell& cell : cells_) {
+        if (cell.row < firstRow || cell.row >= endRow)
+            continue;
         const double left = padding + cell.column * (cellWidth_ + padding);
-        const double top = titleHeight + cell.row * rowHeight + headingHeight;
+        const double top = titleHeight + (cell.row - firstRow) * rowHeight + headingHeight;
         cairo_set_source_rgb(context.get(), 0.85, 0.85, 0.85);
         cairo_rectangle(context.get(), left - 0.5, top - 0.5, cellWidth_ + 1, cellHeight_ + 1);
         cairo_set_line_width(context.get(), 1);
@@ -123,7 +138,47 @@ bool ContactSheet::Save(const std::string& path) const
             DrawText(context.get(), left, top + cellHeight_ + 25, 10, cell.label.substr(split + 1), cellWidth_);
     }
     cairo_surface_flush(sheet.get());
-    return cairo_surface_write_to_png(sheet.get(), path.c_str()) == CAIRO_STATUS_SUCCESS;
+    std::string bytes;
+    const auto append = [](void* closure, const unsigned char* data, unsigned int length) {
+        static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
+        return CAIRO_STATUS_SUCCESS;
+    };
+    if (cairo_surface_write_to_png_stream(sheet.get(), append, &bytes) != CAIRO_STATUS_SUCCESS)
+        bytes.clear();
+    return bytes;
+}
+
+bool ContactSheet::Save(const std::string& path, std::vector<std::string>& pages, std::string& error) const
+{
+    const int rows = static_cast<int>(headings_.size());
+    const int perPage = RowsPerPage();
+    const int pageCount = std::max(1, (rows + perPage - 1) / perPage);
+    const std::filesystem::path base(path);
+    for (int page = 0; page < pageCount; ++page) {
+        std::string file = path;
+        std::string title = title_;
+        if (pageCount > 1) {
+            file = (base.parent_path() / (base.stem().string() + "-" + std::to_string(page + 1) +
+                                          base.extension().string())).string();
+            title += " (page " + std::to_string(page + 1) + " of " + std::to_string(pageCount) + ")";
+        }
+        const std::string bytes = DrawPage(page * perPage, std::min(rows, (page + 1) * perPage), title);
+        if (bytes.empty()) {
+            error = "the page cannot be drawn";
+            return false;
+        }
+        if (!WriteFileSafely(file, bytes, error))
+            return false;
+        pages.push_back(file);
+    }
+    return true;
+}
+
+bool ContactSheet::Save(const std::string& path) const
+{
+    std::vector<std::string> pages;
+    std::string error;
+    return Save(path, pages, error);
 }
 
 bool LoadPng(const std::string& path, RasterImage& picture)

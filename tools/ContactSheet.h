@@ -16,8 +16,15 @@ public:
     void Add(const LqExample::RasterImage& picture, const std::string& label);
     // Starts the next row (a new row of cells with a heading).
     void NewRow(const std::string& heading);
+    // Writes the sheet to `path`; a sheet taller than one page is spread
+    // over pages named after `path` with -1, -2, ... before the extension.
+    // The files written go to `pages`.
+    bool Save(const std::string& path, std::vector<std::string>& pages, std::string& error) const;
     bool Save(const std::string& path) const;
     int GetCellCount() const { return static_cast<int>(cells_.size()); }
+
+    // The tallest page, in pixels (cairo cannot draw past 32767).
+    static constexpr int maxPageHeight = 8000;
 
 private:
     struct Cell {
@@ -33,6 +40,11 @@ private:
     std::vector<Cell> cells_;
     std::vector<std::string> headings_;  // one per row
     int column_ = 0;
+
+    int RowHeight() const;
+    int RowsPerPage() const;
+    // The PNG bytes of the rows [firstRow, endRow).
+    std::string DrawPage(int firstRow, int endRow, const std::string& title) const;
 };
 
 // Gives back the font caches that labels fill; call once no cairo object is left.

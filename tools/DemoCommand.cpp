@@ -160,7 +160,8 @@ bool Agree(const ResourceSymbolLib& a, const ResourceSymbolLib& b, const std::st
     return differences.empty();
 }
 
-bool WriteMarkerSheet(const MarkerSymbolLib& lib, const std::string& path)
+bool WriteMarkerSheet(const MarkerSymbolLib& lib, const std::string& path, std::vector<std::string>& pages,
+                      std::string& error)
 {
     ContactSheet sheet("Demo markers: the pictures kept in the resource cache", 12, 56, 56);
     for (int i = 0; i < lib.GetSymbolCount(); ++i) {
@@ -170,7 +171,7 @@ bool WriteMarkerSheet(const MarkerSymbolLib& lib, const std::string& path)
             return false;
         sheet.Add(picture, std::string("#").append(std::to_string(id)).append("\n").append(lib.GetNameAt(i).ToUtf8()));
     }
-    return sheet.Save(path);
+    return sheet.Save(path, pages, error);
 }
 
 }  // namespace
@@ -227,9 +228,14 @@ int RunDemo(const DemoOptions& options)
                     figures->saveMs, figures->loadMs);
 
     const std::string sheet = directory + "/markers.png";
-    if (!WriteMarkerSheet(*fromStream, sheet))
-        return Report(sheet, "cannot be written");
-    std::printf("\nmarker sheet: %s\n", sheet.c_str());
+    std::vector<std::string> pages;
+    std::string sheetError;
+    if (!WriteMarkerSheet(*fromStream, sheet, pages, sheetError))
+        return Report(sheet, sheetError);
+    std::printf("\nmarker sheet:");
+    for (const std::string& page : pages)
+        std::printf(" %s", page.c_str());
+    std::printf("\n");
     if (options.gallery && RunGallery(directory + "/gallery") != exitOk)
         return exitFailure;
     if (!agreed)

@@ -19,6 +19,13 @@ namespace {
 
 constexpr int printerDpi = 150;
 
+// Printer pages are sized in 0.1 mm; rounding up keeps the page from coming
+// out a pixel short when the units are turned back into pixels.
+int PixelsToPrinterUnits(int pixels)
+{
+    return (pixels * 254 + printerDpi - 1) / printerDpi;
+}
+
 ZedaPoint Lerp(const ZedaRect& bounds, double fx, double fy)
 {
     return {bounds.left + static_cast<int>(std::lround(fx * bounds.Width())),
@@ -78,8 +85,8 @@ GraphicsPtr MakeSurface(SurfaceKind kind, int width, int height, ImagePtr& backi
     case SurfaceKind::Window24: return GraphicsPtr(VtGraphicsManager::CreateWindowGraphics(width, height, 24));
     case SurfaceKind::Window32: return GraphicsPtr(VtGraphicsManager::CreateWindowGraphics(width, height, 32));
     case SurfaceKind::Printer:
-        return GraphicsPtr(VtGraphicsManager::CreatePrintGraphics(width * 254 / printerDpi, height * 254 / printerDpi,
-                                                                  printerDpi));
+        return GraphicsPtr(VtGraphicsManager::CreatePrintGraphics(PixelsToPrinterUnits(width),
+                                                                  PixelsToPrinterUnits(height), printerDpi));
     case SurfaceKind::Native: return GraphicsPtr(VtGraphicsManager::CreateNativeGradientGraphics(width, height, 32));
     case SurfaceKind::Image:
         backing.reset(VtGraphicsManager::NewImage(0));

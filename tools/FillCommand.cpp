@@ -1,10 +1,14 @@
 // fill: one special fill from command-line arguments into a PNG (or PDF).
 
 #include <cstdio>
+#include <fstream>
 #include <numbers>
 
 #include "Commands.h"
 #include "Drawing.h"
+#include "LqStream.h"
+#include "Output.h"
+#include "Png.h"
 #include "VtEspecialFill.h"
 
 namespace LqTool {
@@ -59,16 +63,36 @@ bool EndsWith(const std::string& text, const std::string& suffix)
     return text.size() >= suffix.size() && text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
 }
 
+bool IsPdf(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    char head[5] = {};
+    in.read(head, sizeof head);
+    return in && std::string(head, sizeof head) == "%PDF-";
+}
+
+bool IsPngOfSize(const std::string& path, const VtGraphics& surface)
+{
+    LqExample::RasterImage picture;
+    std::string error;
+    const ZEDA::ZedaSize size = surface.GetDeviceSize();
+    return ReadPng(path, picture, error) && picture.width == size.cx && picture.height == size.cy;
+}
+
 }  // namespace
 
 int RunFill(const FillOptions& options)
 {
     SurfaceKind kind = SurfaceKind::Window32;
     if (!ParseSurfaceName(options.surface, kind))
-        return Report("fill", "unknown surface " + options.surface);
+        return Refuse("fill", "unknown surface " + options.surface);
     const bool pdf = EndsWith(options.output, ".pdf");
+    if (!pdf && !EndsWith(options.output, ".png"))
+        return Refuse(options.output, "fill writes PNG or PDF files: name the output .png or .pdf");
     if (pdf && kind != SurfaceKind::Printer)
-        return Report(options.output, "only the printer surface writes PDF");
+        return Refuse(options.output, "only the printer surface writes PDF");
+    if (const int refused = CheckOutput(options.output, {}, options.force))
+        return refused;
     ImagePtr backing;
     GraphicsPtr surface = MakeSurface(kind, options.width, options.height, backing);
     if (!surface)
@@ -77,12 +101,19 @@ int RunFill(const FillOptions& options)
     DrawCheckerboard(*surface, bounds);
     ZedaRect rect = bounds;
     rect.Inflate(-bounds.Width() / 10, -bounds.Height() / 10);
-    const bool result = Fill(*surface, options, rect);
-    const bool written = pdf ? surface->SavePdf(options.output) : surface->SavePng(options.output);
+    if (!Fill(*surface, options, rect))
+        return Report("fill", options.kind + " " + options.shape + " on " + options.surface +
+                                  " failed; nothing was written");
+    std::string error;
+    const bool written = VTC::VtFileReplacer::Replace(
+        options.output,
+        [&](const std::string& temporary) { return pdf ? surface->SavePdf(temporary) : surface->SavePng(temporary); },
+        [&](const std::string& temporary) { return pdf ? IsPdf(temporary) : IsPngOfSize(temporary, *surface); },
+        error);
     if (!written)
-        return Report(options.output, "cannot be written");
-    std::printf("%s %s on %s -> %s (the fill returned %s)\n", options.kind.c_str(), options.shape.c_str(),
-                options.surface.c_str(), options.output.c_str(), result ? "true" : "false");
+        return Report(options.output, error);
+    std::printf("%s %s on %s -> %s\n", options.kind.c_str(), options.shape.c_str(), options.surface.c_str(),
+                options.output.c_str());
     return exitOk;
 }
 

@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <set>
 
@@ -13,6 +12,8 @@
 #include "LineSymbol.h"
 #include "LqCompactFile.h"
 #include "MarkerSymbol.h"
+#include "Output.h"
+#include "Png.h"
 #include "SymbolRenderer.h"
 #include "VtSymbolGroup.h"
 
@@ -169,6 +170,12 @@ int Report(const std::string& subject, const std::string& message)
     return exitFailure;
 }
 
+int Refuse(const std::string& subject, const std::string& message)
+{
+    Report(subject, message);
+    return exitUsage;
+}
+
 void PrintTree(const ResourceSymbolLib& lib)
 {
     PrintGroup(lib, *lib.GetRootGroup(), "");
@@ -209,8 +216,11 @@ int RunInfo(const std::string& path, bool json)
     return exitOk;
 }
 
-int RunExport(const std::string& path, const std::string& output, const std::string& imageDirectory)
+int RunExport(const std::string& path, const std::string& output, const std::string& imageDirectory, bool force)
 {
+    const bool toFile = !output.empty() && output != "-";
+    if (const int refused = toFile ? CheckOutput(output, {path}, force) : exitOk)
+        return refused;
     std::string error;
     LibraryProbe probe;
     auto lib = OpenLibrary(path, error, &probe);
@@ -234,38 +244,34 @@ int RunExport(const std::string& path, const std::string& output, const std::str
             const std::string file = imageDirectory + "/" + std::to_string(id) + ".png";
             if (!lib->GetSymbolImage(id, picture))
                 return Report(path, "picture of symbol " + std::to_string(id) + ": " + lib->GetLastError());
-            if (!LqExample::SavePng(picture, file))
-                return Report(file, "cannot be written");
+            if (const int refused = CheckOutput(file, {path}, force))
+                return refused;
+            if (!WritePng(picture, file, error))
+                return Report(file, error);
         }
     }
     const std::string text = document.dump(2) + "\n";
-    if (output.empty() || output == "-") {
+    if (!toFile) {
         std::fwrite(text.data(), 1, text.size(), stdout);
         return exitOk;
     }
-    std::ofstream out(output, std::ios::binary | std::ios::trunc);
-    out << text;
-    out.close();
-    return out ? exitOk : Report(output, "cannot be written");
+    return WriteFileSafely(output, text, error) ? exitOk : Report(output, error);
 }
 
-int RunConvert(const std::string& in, const std::string& out, const std::string& form, unsigned int streamVersion)
+int RunConvert(const std::string& in, const std::string& out, const std::string& form, unsigned int streamVersion,
+               bool force)
 {
+    if (const int refused = CheckOutput(out, {in}, force))
+        return refused;
     std::string error;
     auto lib = OpenLibrary(in, error);
     if (!lib)
         return Report(in, error);
     const unsigned int version = form == "container" ? VTC::VtSymbolLib::containerVersion : streamVersion;
-    if (!lib->SaveToFile(ZEDA::ZedaUnicodeString::FromUtf8(out), version))
-        return Report(out, lib->GetLastError().empty() ? "cannot be written" : lib->GetLastError());
-    auto written = OpenLibrary(out, error);
-    if (!written)
-        return Report(out, "written but cannot be read back: " + error);
-    const auto differences = CompareLibraries(*lib, *written);
-    if (!differences.empty())
-        return Report(out, "written but differs from " + in + ": " + differences.front());
+    if (!SaveLibrarySafely(*lib, out, version, error))
+        return Report(out, error);
     std::printf("%s -> %s (%s form, format version %u, %d symbols)\n", in.c_str(), out.c_str(), form.c_str(),
-                version, written->GetSymbolCount());
+                version, lib->GetSymbolCount());
     return exitOk;
 }
 

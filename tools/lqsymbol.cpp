@@ -1,6 +1,7 @@
 // lqsymbol: inspects, converts and demonstrates symbol libraries, and draws
 // the special fills.
 
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <functional>
@@ -58,6 +59,8 @@ unsigned int Colour(const std::string& text)
 
 int main(int argc, char** argv)
 {
+    // Past a file-size limit a write should fail and be reported, not kill the program.
+    std::signal(SIGXFSZ, SIG_IGN);
     CLI::App app{"lqsymbol: symbol libraries (marker and line examples) and special fills"};
     app.require_subcommand(1);
     std::function<int()> run;
@@ -84,6 +87,7 @@ int main(int argc, char** argv)
 
     std::string output;
     std::string form;
+    bool force = false;
     unsigned int streamVersion = 20050302;
     auto* convertCommand = app.add_subcommand("convert", "save a library file in the other form");
     convertCommand->add_option("IN", file, "library file to read")->required();
@@ -93,7 +97,8 @@ int main(int argc, char** argv)
         ->check(CLI::IsMember({"container", "stream"}));
     convertCommand->add_option("--version", streamVersion, "format version of the stream form")
         ->check(StreamVersionValidator());
-    convertCommand->callback([&] { run = [&] { return RunConvert(file, output, form, streamVersion); }; });
+    convertCommand->add_flag("--force", force, "replace OUT if it exists");
+    convertCommand->callback([&] { run = [&] { return RunConvert(file, output, form, streamVersion, force); }; });
 
     std::string imageDirectory;
     auto* exportCommand = app.add_subcommand("export", "write a library file's symbols and groups as JSON");
@@ -101,7 +106,8 @@ int main(int argc, char** argv)
     exportCommand->add_flag("--json", json, "JSON output (the only format)")->required();
     exportCommand->add_option("-o,--output", output, "output file (default: standard output)");
     exportCommand->add_option("--images", imageDirectory, "also write each picture as <ID>.png into this directory");
-    exportCommand->callback([&] { run = [&] { return RunExport(file, output, imageDirectory); }; });
+    exportCommand->add_flag("--force", force, "replace the output and pictures if they exist");
+    exportCommand->callback([&] { run = [&] { return RunExport(file, output, imageDirectory, force); }; });
 
     auto* galleryCommand = app.add_subcommand("gallery", "draw contact sheets of the special fills");
     galleryCommand->add_option("-o,--output", output, "directory for the sheets")->required();
@@ -127,6 +133,7 @@ int main(int argc, char** argv)
     fillCommand->add_option("--transparency", fill.transparency, "percent of the background that shows through");
     fillCommand->add_option("--width", fill.width, "surface width in pixels")->check(CLI::Range(8, 8000));
     fillCommand->add_option("--height", fill.height, "surface height in pixels")->check(CLI::Range(8, 8000));
+    fillCommand->add_flag("--force", fill.force, "replace the output if it exists");
     fillCommand->callback([&] {
         fill.colour1 = Colour(colour1);
         fill.colour2 = Colour(colour2);

@@ -2,6 +2,7 @@
 
 #include "VtByteArray.h"
 #include "VtFile.h"
+#include "VtFileReplacer.h"
 #include "VtFileStream.h"
 #include "VtMemoryStream.h"
 #include "VtStream.h"
