@@ -234,6 +234,11 @@ int RunExport(const std::string& path, const std::string& output, const std::str
     document["groupTree"] = GroupJson(*lib->GetRootGroup());
 
     if (!imageDirectory.empty()) {
+        for (int i = 0; i < lib->GetSymbolCount(); ++i) {
+            const std::string file = imageDirectory + "/" + std::to_string(lib->GetIDAt(i)) + ".png";
+            if (const int refused = lib->HasSymbolImage(lib->GetIDAt(i)) ? CheckOutput(file, {path}, force) : exitOk)
+                return refused;
+        }
         std::error_code ignored;
         std::filesystem::create_directories(imageDirectory, ignored);
         for (int i = 0; i < lib->GetSymbolCount(); ++i) {
@@ -244,8 +249,6 @@ int RunExport(const std::string& path, const std::string& output, const std::str
             const std::string file = imageDirectory + "/" + std::to_string(id) + ".png";
             if (!lib->GetSymbolImage(id, picture))
                 return Report(path, "picture of symbol " + std::to_string(id) + ": " + lib->GetLastError());
-            if (const int refused = CheckOutput(file, {path}, force))
-                return refused;
             if (!WritePng(picture, file, error))
                 return Report(file, error);
         }

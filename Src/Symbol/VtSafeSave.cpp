@@ -1,5 +1,7 @@
 #include "VtSafeSave.h"
 
+#include <algorithm>
+
 #include "LqCompactFile.h"
 #include "LqStream.h"
 #include "VtSymbolLib.h"
@@ -9,6 +11,8 @@ namespace VTC {
 namespace {
 
 const char16_t* const libraryEntryKey = u"SymbolStoreInCF";
+// Any version but the container one selects the stream form.
+constexpr unsigned int comparedStreamVersion = 20050302;
 
 bool IsContainerForm(unsigned int fileVersion)
 {
@@ -44,7 +48,7 @@ bool SaveSymbolLibSafely(VtSymbolLib& lib, const ZedaUnicodeString& path, unsign
             const ZedaUnicodeString temporary = ZedaUnicodeString::FromUtf8(replacer.GetTemporaryPath());
             if (!lib.SaveToFile(temporary, fileVersion))
                 reason = "the library cannot be saved";
-            else if (!HoldsLibrary(temporary, fileVersion) || (check && !check(temporary)))
+            else if (!HoldsLibrary(temporary, fileVersion) || !check(temporary))
                 reason = "the saved library does not read back as it was";
             else if (!replacer.Commit())
                 reason = replacer.GetError();
@@ -69,6 +73,17 @@ bool SaveSymbolLibSafely(VtSymbolLib& lib, const ZedaUnicodeString& path, unsign
         return false;
     }
     return true;
+}
+
+bool HaveSameStreamImage(VtSymbolLib& a, VtSymbolLib& b)
+{
+    VtMemoryStream imageA;
+    VtMemoryStream imageB;
+    imageA.Open(VT_STREAM_WRITE);
+    imageB.Open(VT_STREAM_WRITE);
+    return a.SaveToStream(imageA, comparedStreamVersion, 1) && b.SaveToStream(imageB, comparedStreamVersion, 1) &&
+           imageA.GetLength() == imageB.GetLength() &&
+           std::equal(imageA.GetData(), imageA.GetData() + imageA.GetLength(), imageB.GetData());
 }
 
 }  // namespace VTC

@@ -1,87 +1,28 @@
 // Runs the lqsymbol program on good, missing, empty, truncated and damaged
 // files and checks its exit codes and messages.
 
-#include <sys/wait.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <random>
-#include <string>
-#include <vector>
 
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+
+#include "ToolTestSupport.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-
-struct Outcome {
-    int code = -1;
-    std::string out;
-    std::string err;
-};
-
-std::string ReadText(const fs::path& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-void WriteText(const fs::path& path, const std::string& bytes)
-{
-    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-}
-
-std::string Quote(const std::string& text)
-{
-    std::string quoted = "'";
-    for (const char c : text)
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-}
+using namespace lqtool;
 
 // The demo's files, made once for the whole program.
-class ToolTest : public ::testing::Test {
+class ToolTest : public ToolWorkspace {
 protected:
     static void SetUpTestSuite()
     {
-        std::string pattern = (fs::temp_directory_path() / "lq-tool-tests-XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        root = pattern;
-        fs::create_directory(root / "tmp");
-        setenv("TMPDIR", (root / "tmp").c_str(), 1);
+        MakeRoot("lq-tool-tests-");
         demo = Lq({"demo", "-d", (root / "demo").string(), "--count", "20", "--repeat", "1", "--no-gallery"});
     }
-    static void TearDownTestSuite()
-    {
-        std::error_code ignored;
-        fs::remove_all(root, ignored);
-    }
-
-    static Outcome Lq(const std::vector<std::string>& arguments)
-    {
-        static int counter = 0;
-        const fs::path out = root / ("out" + std::to_string(counter) + ".txt");
-        const fs::path err = root / ("err" + std::to_string(counter++) + ".txt");
-        std::string command = Quote(LQSYMBOL_PATH);
-        for (const std::string& argument : arguments)
-            command += " " + Quote(argument);
-        command += " >" + Quote(out.string()) + " 2>" + Quote(err.string());
-        const int status = std::system(command.c_str());
-        Outcome run;
-        run.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-        run.out = ReadText(out);
-        run.err = ReadText(err);
-        return run;
-    }
+    static void TearDownTestSuite() { RemoveRoot(); }
 
     static std::string Demo(const std::string& name) { return (root / "demo" / name).string(); }
-    static std::string Work(const std::string& name) { return (root / name).string(); }
 
-    static inline fs::path root;
     static inline Outcome demo;
 };
 
@@ -189,7 +130,7 @@ TEST_F(ToolTest, TruncatedAndDamagedFilesFailCleanly)
         damaged[random() % damaged.size()] ^= static_cast<char>(1 + random() % 255);
         const std::string path = Work("damaged" + std::to_string(trial) + ".lqs");
         WriteText(path, damaged);
-        const Outcome exported = Lq({"export", path, "--json", "--images", Work("damaged-pictures")});
+        const Outcome exported = Lq({"export", path, "--json", "--images", Work("damaged-pictures"), "--force"});
         EXPECT_TRUE(exported.code == 0 || exported.code == 1) << "exit " << exported.code << ": " << exported.err;
         if (exported.code == 1) {
             EXPECT_EQ(exported.err.rfind("lqsymbol: " + path + ": ", 0), 0u) << exported.err;
@@ -230,7 +171,7 @@ TEST_F(ToolTest, UsageErrorsAndFills)
     ASSERT_EQ(page.code, 0) << page.err;
     EXPECT_EQ(ReadText(Work("page.pdf")).substr(0, 5), "%PDF-");
     const Outcome notPdf = Lq({"fill", "-o", Work("window.pdf")});
-    EXPECT_EQ(notPdf.code, 1);
+    EXPECT_EQ(notPdf.code, 2);
     EXPECT_NE(notPdf.err.find("only the printer surface writes PDF"), std::string::npos);
 }
 

@@ -1,0 +1,99 @@
+#pragma once
+
+// Runs the lqsymbol program as a user would, in a private work directory
+// whose tmp/ is the program's TMPDIR.
+
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace lqtool {
+
+namespace fs = std::filesystem;
+
+struct Outcome {
+    int code = -1;
+    std::string out;
+    std::string err;
+};
+
+inline std::string ReadText(const fs::path& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+inline void WriteText(const fs::path& path, const std::string& bytes)
+{
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+}
+
+inline std::string Quote(const std::string& text)
+{
+    std::string quoted = "'";
+    for (const char c : text)
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
+// The names in a directory, sorted.
+inline std::vector<std::string> Listing(const fs::path& directory)
+{
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(directory))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+class ToolWorkspace : public ::testing::Test {
+protected:
+    static void MakeRoot(const std::string& prefix)
+    {
+        std::string pattern = (fs::temp_directory_path() / (prefix + "XXXXXX")).string();
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        root = pattern;
+        fs::create_directory(root / "tmp");
+        setenv("TMPDIR", (root / "tmp").c_str(), 1);
+    }
+    static void RemoveRoot()
+    {
+        std::error_code ignored;
+        fs::permissions(root, fs::perms::owner_all, fs::perm_options::add, ignored);
+        fs::remove_all(root, ignored);
+    }
+
+    // Runs lqsymbol with `arguments`; `prefix` goes before it on the shell's
+    // command line (an environment setting, prlimit, setpriv).
+    static Outcome Lq(const std::vector<std::string>& arguments, const std::string& prefix = "")
+    {
+        static int counter = 0;
+        const fs::path out = root / ("out" + std::to_string(counter) + ".txt");
+        const fs::path err = root / ("err" + std::to_string(counter++) + ".txt");
+        std::string command = prefix + Quote(LQSYMBOL_PATH);
+        for (const std::string& argument : arguments)
+            command += " " + Quote(argument);
+        command += " >" + Quote(out.string()) + " 2>" + Quote(err.string()) + " </dev/null";
+        const int status = std::system(command.c_str());
+        Outcome run;
+        run.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        run.out = ReadText(out);
+        run.err = ReadText(err);
+        fs::remove(out);
+        fs::remove(err);
+        return run;
+    }
+
+    static std::string Work(const std::string& name) { return (root / name).string(); }
+
+    static inline fs::path root;
+};
+
+}  // namespace lqtool
