@@ -15,7 +15,8 @@ endfunction()
 
 # lq_add_library(Name FOLDER dir SOURCES ... HEADERS ... DEPENDS ...)
 # Builds libLq<Name> as a shared library with the alias Lq::<Name>; public headers
-# sit in the library's own folder and are installed flat under include/LqSymbol.
+# sit in the library's own folder and are installed flat under include/LqSymbol
+# (private ones, named *_p.h, are not installed).
 function(lq_add_library name)
   cmake_parse_arguments(ARG "" "FOLDER" "SOURCES;HEADERS;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
   set(target Lq${name})
@@ -32,10 +33,14 @@ function(lq_add_library name)
     $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/LqSymbol>)
   target_link_libraries(${target} PUBLIC ${ARG_DEPENDS} PRIVATE ${ARG_PRIVATE_DEPENDS})
+  # The headers need C++20; users get it with the target, whatever their own default.
+  target_compile_features(${target} PUBLIC cxx_std_20)
   lq_warnings(${target})
   install(TARGETS ${target} EXPORT LqSymbolTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-  install(FILES ${ARG_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/LqSymbol)
+  set(public_headers ${ARG_HEADERS})
+  list(FILTER public_headers EXCLUDE REGEX "_p\\.h$")
+  install(FILES ${public_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/LqSymbol)
 endfunction()

@@ -63,6 +63,9 @@ int main(int argc, char** argv)
     std::signal(SIGXFSZ, SIG_IGN);
     CLI::App app{"lqsymbol: symbol libraries (marker and line examples) and special fills"};
     app.require_subcommand(1);
+    app.set_version_flag("--version", "lqsymbol " LQ_VERSION);
+    // Options of the program, such as --version, are also taken after a subcommand.
+    app.fallthrough();
     std::function<int()> run;
 
     DemoOptions demo;
@@ -95,7 +98,8 @@ int main(int argc, char** argv)
     convertCommand->add_option("--form", form, "container or stream")
         ->required()
         ->check(CLI::IsMember({"container", "stream"}));
-    convertCommand->add_option("--version", streamVersion, "format version of the stream form")
+    convertCommand->add_option("--format-version", streamVersion, "format version of the stream form")
+        ->capture_default_str()
         ->check(StreamVersionValidator());
     convertCommand->add_flag("--force", force, "replace OUT if it exists");
     convertCommand->callback([&] { run = [&] { return RunConvert(file, output, form, streamVersion, force); }; });

@@ -23,7 +23,9 @@ class VtSymbolLib;
 //
 // On success the library refers to `path`: GetLibPath() is `path`, and a
 // library saved in the container form is reloaded from `path`, so that the
-// container it keeps open as its storage is the final file. On failure the
+// container it keeps open as its storage is the final file (its symbols and
+// groups are then new objects: keep IDs, not pointers, across the call). On
+// failure the
 // file at `path` is byte for byte what it was, the temporary file is removed,
 // the library keeps its symbols, holds no container any more, and `error`
 // (when given) says what failed.

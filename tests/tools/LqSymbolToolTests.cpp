@@ -57,7 +57,7 @@ TEST_F(ToolTest, DemoPassesAndItsFilesReadBack)
 TEST_F(ToolTest, ConvertedFilesExportTheSameLibrary)
 {
     ASSERT_EQ(demo.code, 0);
-    ASSERT_EQ(Lq({"convert", Demo("markers.lqc"), Work("c.lqs"), "--form", "stream", "--version", "20200101"}).code, 0);
+    ASSERT_EQ(Lq({"convert", Demo("markers.lqc"), Work("c.lqs"), "--form", "stream", "--format-version", "20200101"}).code, 0);
     ASSERT_EQ(Lq({"convert", Work("c.lqs"), Work("c.lqc"), "--form", "container"}).code, 0);
     const Outcome fromContainer = Lq({"export", Demo("markers.lqc"), "--json", "--images", Work("pictures")});
     const Outcome fromConverted = Lq({"export", Work("c.lqc"), "--json"});
@@ -156,7 +156,7 @@ TEST_F(ToolTest, GalleryWritesEverySheet)
 TEST_F(ToolTest, UsageErrorsAndFills)
 {
     EXPECT_EQ(Lq({}).code, 2);
-    const Outcome badVersion = Lq({"convert", "a", "b", "--form", "stream", "--version", "20120328"});
+    const Outcome badVersion = Lq({"convert", "a", "b", "--form", "stream", "--format-version", "20120328"});
     EXPECT_EQ(badVersion.code, 2);
     EXPECT_NE(badVersion.err.find("container form's version"), std::string::npos) << badVersion.err;
     EXPECT_EQ(Lq({"fill", "-o", Work("x.png"), "--colour1", "#12345G"}).code, 2);
