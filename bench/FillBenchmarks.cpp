@@ -3,6 +3,7 @@
 
 #include <benchmark/benchmark.h>
 #include <cairo.h>
+#include <malloc.h>
 #include <pixman.h>
 
 #include <cmath>
@@ -51,6 +52,28 @@ struct PixelPair {
 void SetCounters(benchmark::State& state, std::size_t pixels)
 {
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * pixels));
+}
+
+// The whole calls also run with the allocator's thresholds pinned to those of a
+// fresh process (heap:0: blocks of 128 KiB and more are mapped on allocation
+// and unmapped on free) and to those glibc moves to once a block of 32 MiB was
+// freed (heap:1: such blocks stay in the heap). The platform's figures should
+// not depend on it.
+void PinAllocatorThresholds(benchmark::State& state, int heapArgument)
+{
+    const bool used = state.range(heapArgument) != 0;
+    mallopt(M_MMAP_THRESHOLD, used ? 32 << 20 : 128 << 10);
+    mallopt(M_TRIM_THRESHOLD, used ? 1 << 30 : 128 << 10);
+}
+
+void WithHeaps(benchmark::internal::Benchmark* b, std::initializer_list<std::vector<int64_t>> argsList)
+{
+    for (const auto& args : argsList)
+        for (int heap : {0, 1}) {
+            std::vector<int64_t> withHeap = args;
+            withHeap.push_back(heap);
+            b->Args(withHeap);
+        }
 }
 
 // ---- (a) the blend of TransparentBitblt ----
@@ -115,6 +138,7 @@ void BM_PixmanConstantAlphaOver(benchmark::State& state)
 
 void BM_TransparentBitblt(benchmark::State& state)
 {
+    PinAllocatorThresholds(state, 3);
     const int width = static_cast<int>(state.range(0)), height = static_cast<int>(state.range(1));
     VtGraphics* surface = VtGraphicsManager::CreateWindowGraphics(width, height, static_cast<int>(state.range(2)));
     VtImage* image = VtGraphicsManager::NewImage(0);
@@ -135,6 +159,7 @@ void BlitSizes(benchmark::internal::Benchmark* b)
     for (int bits : {32, 24}) {
         b->Args({1920, 1080, bits});
         b->Args({256, 256, bits});
+        b->Args({64, 64, bits});
     }
     b->ArgNames({"w", "h", "bits"})->Unit(benchmark::kMicrosecond);
 }
@@ -184,7 +209,11 @@ BENCHMARK(BM_ConstantBlendKernel)->Apply(BlitSizes);
 BENCHMARK(BM_PixmanSolidOver)->Apply(BlitSizes);
 BENCHMARK(BM_PixmanConstantAlphaOver)->Apply(BlitSizes);
 BENCHMARK(BM_BlendDoubleLoop)->Apply(BlitSizes);
-BENCHMARK(BM_TransparentBitblt)->Apply(BlitSizes);
+BENCHMARK(BM_TransparentBitblt)->Apply([](auto* b) {
+    for (int bits : {32, 24})
+        WithHeaps(b, {{64, 64, bits}, {256, 256, bits}, {1920, 1080, bits}});
+    b->ArgNames({"w", "h", "bits", "heap"})->Unit(benchmark::kMicrosecond);
+});
 
 // ---- (b) shape fills on a 32-bit window surface ----
 
@@ -195,6 +224,7 @@ ZEDA::ZedaRect Square(int side) { return side >= kSurfaceWidth ? ZEDA::ZedaRect(
 
 void BM_GradientRectangle(benchmark::State& state)
 {
+    PinAllocatorThresholds(state, 2);
     VtGraphics* surface = VtGraphicsManager::CreateWindowGraphics(kSurfaceWidth, kSurfaceHeight, 32);
     const ZEDA::ZedaRect rect = Square(static_cast<int>(state.range(1)));
     const int kind = static_cast<int>(state.range(0));
@@ -243,19 +273,21 @@ void BM_CairoGradient(benchmark::State& state)
     SetCounters(state, static_cast<std::size_t>(rect.Width()) * static_cast<std::size_t>(rect.Height()));
 }
 
-void GradientSizes(benchmark::internal::Benchmark* b, std::initializer_list<int> kinds)
-{
-    for (int kind : kinds)
+BENCHMARK(BM_GradientRectangle)->Apply([](auto* b) {
+    for (int kind : {10, 11, 12, 13})
+        WithHeaps(b, {{kind, 64}, {kind, 256}, {kind, 1920}});
+    b->ArgNames({"kind", "side", "heap"})->Unit(benchmark::kMicrosecond);
+});
+BENCHMARK(BM_CairoGradient)->Apply([](auto* b) {
+    for (int kind : {0, 1})
         for (int side : {64, 256, 1920})
             b->Args({kind, side});
     b->ArgNames({"kind", "side"})->Unit(benchmark::kMicrosecond);
-}
-
-BENCHMARK(BM_GradientRectangle)->Apply([](auto* b) { GradientSizes(b, {10, 11, 12, 13}); });
-BENCHMARK(BM_CairoGradient)->Apply([](auto* b) { GradientSizes(b, {0, 1}); });
+});
 
 void BM_TransparentRectangle(benchmark::State& state)
 {
+    PinAllocatorThresholds(state, 1);
     VtGraphics* surface = VtGraphicsManager::CreateWindowGraphics(kSurfaceWidth, kSurfaceHeight, 32);
     const ZEDA::ZedaRect rect = Square(static_cast<int>(state.range(0)));
     bool ok = true;
@@ -282,6 +314,7 @@ std::vector<ZEDA::ZedaPoint> Hexagon(const ZEDA::ZedaRect& rect)
 
 void BM_TransparentPolygon(benchmark::State& state)
 {
+    PinAllocatorThresholds(state, 1);
     VtGraphics* surface = VtGraphicsManager::CreateWindowGraphics(kSurfaceWidth, kSurfaceHeight, 32);
     const std::vector<ZEDA::ZedaPoint> points = Hexagon(Square(static_cast<int>(state.range(0))));
     bool ok = true;
@@ -318,15 +351,14 @@ void BM_CairoTransparentFill(benchmark::State& state)
     cairo_surface_destroy(surface);
 }
 
-void FillSizes(benchmark::internal::Benchmark* b)
+void FillSizesWithHeaps(benchmark::internal::Benchmark* b)
 {
-    for (int side : {64, 256, 1920})
-        b->Args({side});
-    b->ArgNames({"side"})->Unit(benchmark::kMicrosecond);
+    WithHeaps(b, {{64}, {256}, {1920}});
+    b->ArgNames({"side", "heap"})->Unit(benchmark::kMicrosecond);
 }
 
-BENCHMARK(BM_TransparentRectangle)->Apply(FillSizes);
-BENCHMARK(BM_TransparentPolygon)->Apply(FillSizes);
+BENCHMARK(BM_TransparentRectangle)->Apply(FillSizesWithHeaps);
+BENCHMARK(BM_TransparentPolygon)->Apply(FillSizesWithHeaps);
 BENCHMARK(BM_CairoTransparentFill)->Apply([](auto* b) {
     for (int shape : {0, 1})
         for (int side : {64, 256, 1920})
