@@ -21,6 +21,12 @@ Fixed FloorDiv(Wide a, Wide b)
     return static_cast<Fixed>(q);
 }
 
+Fixed FloorDiv64(Fixed a, Fixed b)
+{
+    const Fixed q = a / b;
+    return (a % b != 0 && ((a < 0) != (b < 0))) ? q - 1 : q;
+}
+
 // The first row whose sample point lies at or below y.
 Fixed FirstSampledRow(Fixed y) { return FloorDiv(Wide{y} - kSampleBelowTop + kFixedOne - 1, kFixedOne); }
 
@@ -33,9 +39,23 @@ struct Edge {
     {
         dy = bottom.y - top.y;
         const Fixed dx = bottom.x - top.x;
-        const Wide numerator = Wide{top.x} * dy + Wide{row * kFixedOne + kSampleBelowTop - top.y} * dx;
-        x = FloorDiv(numerator, dy);
-        remainder = static_cast<Fixed>(numerator - Wide{x} * dy);
+        const Fixed below = row * kFixedOne + kSampleBelowTop - top.y;
+        // The crossing is top.x + floor(below * dx / dy); 64 bits hold it
+        // within a few million pixels, beyond that 128 do.
+        constexpr Fixed kSmall = Fixed{1} << 30;
+        if (dx > -kSmall && dx < kSmall && below < kSmall && dy < kSmall) {
+            const Fixed numerator = below * dx;
+            const Fixed whole = FloorDiv64(numerator, dy);
+            x = top.x + whole;
+            remainder = numerator - whole * dy;
+            stepX = FloorDiv64(kFixedOne * dx, dy);
+            stepRemainder = kFixedOne * dx - stepX * dy;
+            return;
+        }
+        const Wide numerator = Wide{below} * dx;
+        const Fixed whole = FloorDiv(numerator, dy);
+        x = top.x + whole;
+        remainder = static_cast<Fixed>(numerator - Wide{whole} * dy);
         stepX = FloorDiv(Wide{kFixedOne} * dx, dy);
         stepRemainder = static_cast<Fixed>(Wide{kFixedOne} * dx - Wide{stepX} * dy);
     }
@@ -116,6 +136,91 @@ void EmitRow(SpanWriter& out, Fixed y, std::vector<Fixed>& cuts)
     }
 }
 
+// One side of a polygon that is monotone in y: its vertices from the top one
+// to the bottom one, walked in steps of +1 or -1 around the polygon.
+class Chain {
+public:
+    Chain(const FixedPoint* points, int count, int top, int stride) : points_(points), count_(count), at_(top), stride_(stride) {}
+
+    // Whether y never decreases from the top vertex to `bottom`.
+    bool Descends(int bottom) const
+    {
+        for (int i = at_; i != bottom; i = Next(i)) {
+            if (points_[Next(i)].y < points_[i].y) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    // The edge that crosses the sample of `row`, started there unless it already is.
+    Edge& At(Fixed row)
+    {
+        if (row >= edge_.endRow) {
+            Seek(row);
+        }
+        return edge_;
+    }
+
+private:
+    int Next(int i) const { return (i + stride_ + count_) % count_; }
+
+    void Seek(Fixed row)
+    {
+        for (;; at_ = Next(at_)) {
+            const FixedPoint& top = points_[at_];
+            const FixedPoint& bottom = points_[Next(at_)];
+            if (FirstSampledRow(bottom.y) > row) {
+                edge_.endRow = FirstSampledRow(bottom.y);
+                edge_.StartAt(row, top, bottom);
+                return;
+            }
+        }
+    }
+
+    const FixedPoint* points_;
+    int count_;
+    int at_;
+    int stride_;
+    Edge edge_{0, 0, 0, 0, 0, 0, 0};
+};
+
+// A polygon that every row crosses at most twice, scanned without sorting:
+// the run between its two crossings. False when it is not monotone in y.
+bool FillMonotone(SpanWriter& out, const FixedPoint* points, int count)
+{
+    int top = 0, bottom = 0;
+    for (int i = 1; i < count; ++i) {
+        top = points[i].y < points[top].y ? i : top;
+        bottom = points[i].y > points[bottom].y ? i : bottom;
+    }
+    Chain forward(points, count, top, 1), backward(points, count, top, -1);
+    if (!forward.Descends(bottom) || !backward.Descends(bottom)) {
+        return false;
+    }
+    const ZedaRect& limits = out.Limits();
+    const Fixed first = std::max<Fixed>(FirstSampledRow(points[top].y), limits.top);
+    const Fixed end = std::min<Fixed>(FirstSampledRow(points[bottom].y), limits.bottom);
+    const Fixed left = limits.left * kFixedOne, right = limits.right * kFixedOne;
+    for (Fixed y = first; y < end;) {
+        // Rows in which neither side changes edge are stepped with the edges held locally.
+        Edge& forwardEdge = forward.At(y);
+        Edge& backwardEdge = backward.At(y);
+        Edge a = forwardEdge, b = backwardEdge;
+        const Fixed stop = std::min({end, a.endRow, b.endRow});
+        for (; y < stop; ++y) {
+            const Fixed cutA = (std::clamp(a.x, left, right) + kSampleBelowTop) >> 8;
+            const Fixed cutB = (std::clamp(b.x, left, right) + kSampleBelowTop) >> 8;
+            a.Step();
+            b.Step();
+            out.Span(y, std::min(cutA, cutB), std::max(cutA, cutB));
+        }
+        forwardEdge = a;
+        backwardEdge = b;
+    }
+    return true;
+}
+
 }  // namespace
 
 Fixed ToFixed(double v) { return static_cast<Fixed>(std::nearbyint(v * kFixedOne)); }
@@ -124,7 +229,7 @@ FixedPoint ToFixed(double x, double y) { return {ToFixed(x), ToFixed(y)}; }
 
 void FillPolygons(SpanWriter& out, const FixedPoint* points, const int* counts, int polyCount)
 {
-    if (out.IsEmpty()) {
+    if (out.IsEmpty() || (polyCount == 1 && counts[0] > 0 && FillMonotone(out, points, counts[0]))) {
         return;
     }
     Scratch& s = ThreadScratch();

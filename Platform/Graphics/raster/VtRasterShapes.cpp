@@ -64,34 +64,67 @@ private:
 // Pixel p in 1/128 pixel from a centre at twiceCentre / 2 pixels.
 int64_t Offset128(int64_t p, int64_t twiceCentre) { return 128 * p + 64 - kEdgeShift / 2 - 64 * twiceCentre; }
 
-// The pixels lo .. hi of a row (1/128 offset y from the centre) whose
-// centres lie inside the ellipse; false when there are none.
-bool RowInterval(const Ellipse& e, int64_t y, int64_t twiceCentreX, int64_t& lo, int64_t& hi)
-{
-    if (e.IsEmpty() || y <= -e.B() || y >= e.B()) {
-        return false;
+// The pixels of each row whose centres lie inside an ellipse, rows taken in
+// order. A row's run is found from the last one's: every run holds the pixel
+// nearest the centre, so consecutive runs overlap and their ends move only as
+// far as the outline does, without a square root.
+class EllipseRuns {
+public:
+    EllipseRuns(const Ellipse& e, int64_t twiceCentreX)
+        : e_(e), c_(Offset128(0, twiceCentreX)), nearest_(NearestToCentre(c_))
+    {
     }
-    const double ratio = static_cast<double>(y) / static_cast<double>(e.B());
-    const double reach = static_cast<double>(e.A()) * std::sqrt(std::max(0.0, 1.0 - ratio * ratio));
-    const int64_t c = Offset128(0, twiceCentreX);
-    const auto inside = [&](int64_t p) { return e.Inside(128 * p + c, y); };
-    // The estimate is off by a pixel at most; the exact test settles it.
-    lo = static_cast<int64_t>(std::ceil((-reach - static_cast<double>(c)) / 128.0));
-    hi = static_cast<int64_t>(std::floor((reach - static_cast<double>(c)) / 128.0));
-    while (inside(lo - 1)) {
-        --lo;
+
+    // The run lo .. hi of the row at 1/128 offset y from the centre; false when empty.
+    bool Next(int64_t y, int64_t& lo, int64_t& hi)
+    {
+        y_ = y;
+        if (e_.IsEmpty() || y <= -e_.B() || y >= e_.B()) {
+            return open_ = false;
+        }
+        if (!open_) {
+            if (!Inside(nearest_)) {
+                return false;
+            }
+            lo_ = hi_ = nearest_;
+        }
+        while (lo_ <= hi_ && !Inside(lo_)) {
+            ++lo_;
+        }
+        while (hi_ >= lo_ && !Inside(hi_)) {
+            --hi_;
+        }
+        if (lo_ > hi_) {
+            return open_ = false;
+        }
+        while (Inside(lo_ - 1)) {
+            --lo_;
+        }
+        while (Inside(hi_ + 1)) {
+            ++hi_;
+        }
+        lo = lo_;
+        hi = hi_;
+        return open_ = true;
     }
-    while (lo <= hi && !inside(lo)) {
-        ++lo;
+
+private:
+    // The pixel whose centre lies nearest the centre column: 128 p + c closest to 0.
+    static int64_t NearestToCentre(int64_t c)
+    {
+        const int64_t below = c >= 0 ? -((c + 127) / 128) : (-c) / 128;  // largest p with 128 p + c <= 0
+        return -(128 * below + c) <= 128 * (below + 1) + c ? below : below + 1;
     }
-    while (inside(hi + 1)) {
-        ++hi;
-    }
-    while (hi >= lo && !inside(hi)) {
-        --hi;
-    }
-    return lo <= hi;
-}
+
+    bool Inside(int64_t p) const { return e_.Inside(128 * p + c_, y_); }
+
+    const Ellipse& e_;
+    int64_t c_;
+    int64_t nearest_;
+    int64_t y_ = 0;
+    int64_t lo_ = 0, hi_ = 0;
+    bool open_ = false;
+};
 
 // The rows of `outer` within the limits, less `inner` where it is not empty.
 void PaintEllipseRows(SpanWriter& out, const ZedaRect& bounds, const Ellipse& outer, const Ellipse& inner)
@@ -101,13 +134,15 @@ void PaintEllipseRows(SpanWriter& out, const ZedaRect& bounds, const Ellipse& ou
     const int64_t c = Offset128(0, twiceY);
     const int64_t first = std::max<int64_t>(out.Limits().top, (-outer.B() - c) / 128 - 1);
     const int64_t end = std::min<int64_t>(out.Limits().bottom, (outer.B() - c) / 128 + 2);
+    EllipseRuns outerRuns(outer, twiceX), innerRuns(inner, twiceX);
     for (int64_t row = first; row < end; ++row) {
         const int64_t y = 128 * row + c;
         int64_t lo = 0, hi = 0, innerLo = 0, innerHi = 0;
-        if (!RowInterval(outer, y, twiceX, lo, hi)) {
+        const bool hole = innerRuns.Next(y, innerLo, innerHi);
+        if (!outerRuns.Next(y, lo, hi)) {
             continue;
         }
-        if (RowInterval(inner, y, twiceX, innerLo, innerHi)) {
+        if (hole) {
             out.Span(row, lo, innerLo);
             out.Span(row, innerHi + 1, hi + 1);
         } else {

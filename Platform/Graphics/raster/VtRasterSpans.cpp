@@ -61,20 +61,12 @@ SpanWriter::SpanWriter(const Pixels& pixels, uint32_t raw, const cairo_region_t*
     }
 }
 
-void SpanWriter::Span(int64_t y, int64_t x0, int64_t x1)
+void SpanWriter::WriteClipped(int y, int x0, int x1) const
 {
-    if (y < limits_.top || y >= limits_.bottom) {
-        return;
-    }
-    const auto from = static_cast<int>(std::max<int64_t>(x0, limits_.left));
-    const auto to = static_cast<int>(std::min<int64_t>(x1, limits_.right));
-    if (from >= to) {
-        return;
-    }
     if (clip_ != nullptr) {
-        WriteThroughClip(static_cast<int>(y), from, to);
+        WriteThroughClip(y, x0, x1);
     } else {
-        Write(static_cast<int>(y), from, to);
+        Write(y, x0, x1);
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <cairo.h>
 
+#include <cstddef>
 #include <cstdint>
 
 #include "LqBase.h"
@@ -35,13 +36,32 @@ public:
     const ZedaRect& Limits() const { return limits_; }
     bool IsEmpty() const { return limits_.IsEmpty(); }
 
-    // Pixels x0 .. x1 - 1 of row y.
-    void Span(int64_t y, int64_t x0, int64_t x1);
+    // Pixels x0 .. x1 - 1 of row y. Inline: shapes write a short span per row.
+    void Span(int64_t y, int64_t x0, int64_t x1)
+    {
+        if (y < limits_.top || y >= limits_.bottom) {
+            return;
+        }
+        const auto from = static_cast<int>(x0 < limits_.left ? limits_.left : x0);
+        const auto to = static_cast<int>(x1 > limits_.right ? limits_.right : x1);
+        if (from >= to) {
+            return;
+        }
+        if (clip_ == nullptr && pixels_.bpp == 32) {
+            auto* p = reinterpret_cast<uint32_t*>(pixels_.data + static_cast<std::ptrdiff_t>(y) * pixels_.stride);
+            for (int x = from; x < to; ++x) {
+                p[x] = raw_;
+            }
+            return;
+        }
+        WriteClipped(static_cast<int>(y), from, to);
+    }
     void Box(const ZedaRect& box);
 
 private:
-    void Write(int y, int x0, int x1) const;
+    void WriteClipped(int y, int x0, int x1) const;
     void WriteThroughClip(int y, int x0, int x1) const;
+    void Write(int y, int x0, int x1) const;
 
     Pixels pixels_;
     uint32_t raw_;
