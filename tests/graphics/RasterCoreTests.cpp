@@ -3,14 +3,18 @@
 
 #include <cairo.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <cstdint>
 #include <functional>
 #include <numbers>
 #include <random>
 #include <vector>
 
+#include "VtPixelMemory_p.h"
 #include "VtRasterShapes_p.h"
 
 namespace {
@@ -350,6 +354,44 @@ TEST_F(RasterCore, EllipsesAndRingsCoverTheCentresBetweenTheirEllipses)
     EXPECT_EQ(Count(Painted([&](SpanWriter& out) { EXPECT_FALSE(StrokeEllipse(out, huge, 3)); })), 0);
     EXPECT_EQ(Count(Painted([&](SpanWriter& out) { EXPECT_FALSE(FillEllipse(out, huge)); })), 0);
     cairo_region_destroy(clip);
+}
+
+long MinorFaults()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_minflt;
+}
+
+TEST(PixelMemory, LargeBlocksComeBackMappedAndAreZeroedOnlyWhenUsed)
+{
+    constexpr std::size_t kBytes = std::size_t{8} << 20;
+    unsigned char* first = nullptr;
+    {
+        PixelBytes block(kBytes, true);
+        ASSERT_TRUE(block);
+        EXPECT_EQ(block.data()[kBytes - 1], 0);
+        std::memset(block.data(), 0x77, kBytes);
+        first = block.data();
+    }
+    // The same block again, its pages still there: touching it faults nothing in.
+    const long faults = MinorFaults();
+    PixelBytes again(kBytes - 4096, false);
+    ASSERT_EQ(again.data(), first);
+    std::memset(again.data(), 0x11, again.size());
+    EXPECT_LT(MinorFaults() - faults, 16);
+    // A block much smaller than a kept one is not cut from it; a zeroed one is all 0.
+    PixelBytes moved = std::move(again);
+    EXPECT_EQ(moved.data(), first);
+    moved = PixelBytes();
+    PixelBytes small(kBytes / 4, true);
+    EXPECT_NE(small.data(), first);
+    PixelBytes zeroed(kBytes, true);
+    ASSERT_EQ(zeroed.data(), first);
+    EXPECT_TRUE(std::all_of(zeroed.data(), zeroed.data() + kBytes, [](unsigned char b) { return b == 0; }));
+    // Small blocks come from the allocator and are zeroed as asked too.
+    PixelBytes tiny(100, true);
+    EXPECT_TRUE(tiny && std::all_of(tiny.data(), tiny.data() + 100, [](unsigned char b) { return b == 0; }));
 }
 
 }  // namespace
