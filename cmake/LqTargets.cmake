@@ -5,6 +5,15 @@ if(LQ_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
+if(LQ_BUILD_FUZZERS)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "LQ_BUILD_FUZZERS needs clang (the asan preset uses clang-16)")
+  endif()
+  # Every library carries the coverage that guides libFuzzer; only the
+  # harnesses link libFuzzer itself.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 function(lq_warnings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Werror=return-type)
   # GCC 12 reports a false -Wrestrict inside libstdc++ for "text" + std::string&& at -O2 (GCC bug 105329).

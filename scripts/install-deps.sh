@@ -4,6 +4,7 @@ set -euo pipefail
 
 packages=(
   build-essential cmake ninja-build pkg-config
+  clang-16 libclang-rt-16-dev llvm-16
   libutfcpp-dev libsqlite3-dev libcairo2-dev libpixman-1-dev
   libcli11-dev nlohmann-json3-dev libpng-dev librsvg2-dev
   libgtest-dev libgmock-dev librapidcheck-dev libbenchmark-dev

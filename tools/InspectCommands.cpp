@@ -1,5 +1,6 @@
 // tree, info, export and convert.
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -14,6 +15,7 @@
 #include "MarkerSymbol.h"
 #include "Output.h"
 #include "Png.h"
+#include "Printable.h"
 #include "SymbolRenderer.h"
 #include "VtSymbolGroup.h"
 
@@ -25,32 +27,50 @@ using Json = nlohmann::ordered_json;
 
 namespace {
 
-int CountGroups(const VtSymbolGroup& group)
+// Deeper groups are printed at this indentation, with their depth, so that
+// the output grows with the number of groups and not with their depth.
+constexpr int maxIndentDepth = 16;
+
+int CountGroups(const VtSymbolGroup& root)
 {
-    int count = 1;
-    for (int i = 0; i < group.GetChildGroupCount(); ++i)
-        count += CountGroups(*group.GetChildGroup(i));
+    int count = 0;
+    WalkGroups(root, {[&count](const VtSymbolGroup&, int, int, int) { ++count; }, {}});
     return count;
 }
 
-void CollectFiled(const VtSymbolGroup& group, std::set<int>& filed)
+std::set<int> FiledIDs(const VtSymbolGroup& root)
 {
-    for (int i = 0; i < group.GetItemCount(); ++i)
-        filed.insert(group.GetItemID(i));
-    for (int i = 0; i < group.GetChildGroupCount(); ++i)
-        CollectFiled(*group.GetChildGroup(i), filed);
+    std::set<int> filed;
+    WalkGroups(root, {[&filed](const VtSymbolGroup& group, int, int, int) {
+                          for (int i = 0; i < group.GetItemCount(); ++i)
+                              filed.insert(group.GetItemID(i));
+                      },
+                      {}});
+    return filed;
 }
 
-void PrintGroup(const ResourceSymbolLib& lib, const VtSymbolGroup& group, const std::string& indent)
+void PrintSymbolLine(const ResourceSymbolLib& lib, const std::string& indent, int id)
 {
-    std::printf("%s[%s]\n", indent.c_str(), group.GetGroupName().ToUtf8().c_str());
-    for (int i = 0; i < group.GetChildGroupCount(); ++i)
-        PrintGroup(lib, *group.GetChildGroup(i), indent + "  ");
-    for (int i = 0; i < group.GetItemCount(); ++i) {
-        const int id = group.GetItemID(i);
-        std::printf("%s  %4d  %-24s %s\n", indent.c_str(), id, lib.GetSymbolByID(id)->name.ToUtf8().c_str(),
-                    DescribeSymbol(lib, id).c_str());
-    }
+    std::printf("%s  %4d  %-24s %s\n", indent.c_str(), id, Printable(lib.GetSymbolByID(id)->name.ToUtf8()).c_str(),
+                DescribeSymbol(lib, id).c_str());
+}
+
+// Each group's name, then its child groups, then its symbols.
+void PrintGroups(const ResourceSymbolLib& lib)
+{
+    const auto indent = [](int depth) { return std::string(2 * static_cast<std::size_t>(std::min(depth, maxIndentDepth)), ' '); };
+    const auto enter = [&](const VtSymbolGroup& group, int depth, int, int) {
+        const std::string name = Printable(group.GetGroupName().ToUtf8());
+        if (depth > maxIndentDepth)
+            std::printf("%s[%s] (depth %d)\n", indent(depth).c_str(), name.c_str(), depth);
+        else
+            std::printf("%s[%s]\n", indent(depth).c_str(), name.c_str());
+    };
+    const auto leave = [&](const VtSymbolGroup& group, int depth) {
+        for (int i = 0; i < group.GetItemCount(); ++i)
+            PrintSymbolLine(lib, indent(depth), group.GetItemID(i));
+    };
+    WalkGroups(*lib.GetRootGroup(), {enter, leave});
 }
 
 int CountPictures(const ResourceSymbolLib& lib)
@@ -61,15 +81,22 @@ int CountPictures(const ResourceSymbolLib& lib)
     return count;
 }
 
-Json GroupJson(const VtSymbolGroup& group)
+// The groups as a flat list in depth-first order, each naming its parent's
+// place in the list: the document's nesting, and so its size, does not grow
+// with the depth of the tree.
+Json GroupsJson(const VtSymbolGroup& root)
 {
-    Json items = Json::array();
-    for (int i = 0; i < group.GetItemCount(); ++i)
-        items.push_back(group.GetItemID(i));
-    Json children = Json::array();
-    for (int i = 0; i < group.GetChildGroupCount(); ++i)
-        children.push_back(GroupJson(*group.GetChildGroup(i)));
-    return {{"name", group.GetGroupName().ToUtf8()}, {"items", items}, {"children", children}};
+    Json groups = Json::array();
+    WalkGroups(root, {[&groups](const VtSymbolGroup& group, int, int, int parent) {
+                          Json items = Json::array();
+                          for (int i = 0; i < group.GetItemCount(); ++i)
+                              items.push_back(group.GetItemID(i));
+                          groups.push_back({{"name", group.GetGroupName().ToUtf8()},
+                                            {"parent", parent < 0 ? Json() : Json(parent)},
+                                            {"items", std::move(items)}});
+                      },
+                      {}});
+    return groups;
 }
 
 std::string Hex(unsigned int colour)
@@ -109,8 +136,7 @@ Json SymbolJson(const ResourceSymbolLib& lib, int id)
 
 Json InfoJson(const LibraryProbe& probe, const ResourceSymbolLib& lib)
 {
-    std::set<int> filed;
-    CollectFiled(*lib.GetRootGroup(), filed);
+    const std::set<int> filed = FiledIDs(*lib.GetRootGroup());
     const auto& report = lib.GetReport();
     Json info = {{"file", probe.path},
                  {"bytes", probe.fileBytes},
@@ -140,7 +166,7 @@ Json InfoJson(const LibraryProbe& probe, const ResourceSymbolLib& lib)
 
 void PrintInfo(const Json& info)
 {
-    std::printf("file:    %s (%lld bytes)\n", info["file"].get<std::string>().c_str(), info["bytes"].get<long long>());
+    std::printf("file:    %s (%lld bytes)\n", Printable(info["file"].get<std::string>()).c_str(), info["bytes"].get<long long>());
     std::printf("form:    %s, format version %u\n", info["form"].get<std::string>().c_str(),
                 info["formatVersion"].get<unsigned int>());
     std::printf("kind:    %s library\n", info["kind"].get<std::string>().c_str());
@@ -150,23 +176,30 @@ void PrintInfo(const Json& info)
     if (info.contains("containerEntries")) {
         std::printf("entries:\n");
         for (const auto& entry : info["containerEntries"])
-            std::printf("  %-20s %12lld bytes\n", entry["key"].get<std::string>().c_str(),
+            std::printf("  %-20s %12lld bytes\n", Printable(entry["key"].get<std::string>()).c_str(),
                         entry["bytes"].get<long long>());
     } else if (info["cacheSection"].is_null()) {
         std::printf("cache section: none\n");
     } else {
         const auto& section = info["cacheSection"];
         std::printf("cache section: stamp \"%s\", sc %lld bytes, sc00 %lld bytes\n",
-                    section["stamp"].get<std::string>().c_str(), section["scBytes"].get<long long>(),
+                    Printable(section["stamp"].get<std::string>()).c_str(), section["scBytes"].get<long long>(),
                     section["sc00Bytes"].get<long long>());
     }
+}
+
+// Strings from a file need not be UTF-8 (a cache section's stamp is raw
+// bytes): what is not UTF-8 becomes U+FFFD instead of failing the dump.
+std::string Dump(const Json& document)
+{
+    return document.dump(2, ' ', false, Json::error_handler_t::replace);
 }
 
 }  // namespace
 
 int Report(const std::string& subject, const std::string& message)
 {
-    std::fprintf(stderr, "lqsymbol: %s: %s\n", subject.c_str(), message.c_str());
+    std::fprintf(stderr, "lqsymbol: %s: %s\n", Printable(subject).c_str(), Printable(message).c_str());
     return exitFailure;
 }
 
@@ -178,16 +211,15 @@ int Refuse(const std::string& subject, const std::string& message)
 
 void PrintTree(const ResourceSymbolLib& lib)
 {
-    PrintGroup(lib, *lib.GetRootGroup(), "");
-    std::set<int> filed;
-    CollectFiled(*lib.GetRootGroup(), filed);
+    PrintGroups(lib);
+    const std::set<int> filed = FiledIDs(*lib.GetRootGroup());
     if (static_cast<int>(filed.size()) == lib.GetSymbolCount())
         return;
     std::printf("(not in a group)\n");
     for (int i = 0; i < lib.GetSymbolCount(); ++i) {
         const int id = lib.GetIDAt(i);
         if (!filed.contains(id))
-            std::printf("  %4d  %-24s %s\n", id, lib.GetNameAt(i).ToUtf8().c_str(), DescribeSymbol(lib, id).c_str());
+            PrintSymbolLine(lib, "", id);
     }
 }
 
@@ -210,7 +242,7 @@ int RunInfo(const std::string& path, bool json)
         return Report(path, error);
     const Json info = InfoJson(probe, *lib);
     if (json)
-        std::printf("%s\n", info.dump(2).c_str());
+        std::printf("%s\n", Dump(info).c_str());
     else
         PrintInfo(info);
     return exitOk;
@@ -231,7 +263,7 @@ int RunExport(const std::string& path, const std::string& output, const std::str
     for (int i = 0; i < lib->GetSymbolCount(); ++i)
         symbols.push_back(SymbolJson(*lib, lib->GetIDAt(i)));
     document["symbolList"] = symbols;
-    document["groupTree"] = GroupJson(*lib->GetRootGroup());
+    document["groups"] = GroupsJson(*lib->GetRootGroup());
 
     if (!imageDirectory.empty()) {
         for (int i = 0; i < lib->GetSymbolCount(); ++i) {
@@ -253,7 +285,7 @@ int RunExport(const std::string& path, const std::string& output, const std::str
                 return Report(file, error);
         }
     }
-    const std::string text = document.dump(2) + "\n";
+    const std::string text = Dump(document) + "\n";
     if (!toFile) {
         std::fwrite(text.data(), 1, text.size(), stdout);
         return exitOk;

@@ -140,6 +140,32 @@ std::unique_ptr<ResourceSymbolLib> OpenLibrary(const std::string& path, std::str
     return lib;
 }
 
+void WalkGroups(const VTC::VtSymbolGroup& root, const GroupVisitor& visitor)
+{
+    struct Frame {
+        const VTC::VtSymbolGroup* group;
+        int depth;
+        int index;
+        int nextChild;
+    };
+    int visited = 0;
+    visitor.enter(root, 0, visited++, -1);
+    std::vector<Frame> stack{{&root, 0, 0, 0}};
+    while (!stack.empty()) {
+        Frame& top = stack.back();
+        if (top.nextChild < top.group->GetChildGroupCount()) {
+            const VTC::VtSymbolGroup* child = top.group->GetChildGroup(top.nextChild++);
+            const Frame entered{child, top.depth + 1, visited++, 0};
+            visitor.enter(*child, entered.depth, entered.index, top.index);
+            stack.push_back(entered);  // `top` is not used after this
+            continue;
+        }
+        if (visitor.leave)
+            visitor.leave(*top.group, top.depth);
+        stack.pop_back();
+    }
+}
+
 std::string DescribeSymbol(const ResourceSymbolLib& lib, int id)
 {
     const auto* symbol = lib.GetSymbolByID(id);
@@ -169,16 +195,19 @@ std::string DescribeSymbol(const ResourceSymbolLib& lib, int id)
 
 namespace {
 
-// A group tree as lines "path: ids", depth first.
-void TreeLines(const VTC::VtSymbolGroup& group, const std::string& path, std::vector<std::string>& lines)
+// A group tree as lines "depth parent name: ids", depth first.
+std::vector<std::string> TreeLines(const VTC::VtSymbolGroup& root)
 {
-    const std::string here = path + "/" + group.GetGroupName().ToUtf8();
-    std::string line = here + ":";
-    for (int i = 0; i < group.GetItemCount(); ++i)
-        line.append(" ").append(std::to_string(group.GetItemID(i)));
-    lines.push_back(line);
-    for (int i = 0; i < group.GetChildGroupCount(); ++i)
-        TreeLines(*group.GetChildGroup(i), here, lines);
+    std::vector<std::string> lines;
+    WalkGroups(root, {[&lines](const VTC::VtSymbolGroup& group, int depth, int, int parent) {
+                          std::string line = std::to_string(depth) + " " + std::to_string(parent) + " " +
+                                             group.GetGroupName().ToUtf8() + ":";
+                          for (int i = 0; i < group.GetItemCount(); ++i)
+                              line.append(" ").append(std::to_string(group.GetItemID(i)));
+                          lines.push_back(std::move(line));
+                      },
+                      {}});
+    return lines;
 }
 
 bool SameFields(const VTC::VtSymbol* a, const VTC::VtSymbol* b)
@@ -228,11 +257,7 @@ std::vector<std::string> CompareLibraries(const ResourceSymbolLib& expected, con
             (!expected.GetSymbolImage(id, pictureA) || !actual.GetSymbolImage(id, pictureB) || pictureA != pictureB))
             differences.push_back(where + "pictures differ or cannot be read");
     }
-    std::vector<std::string> treeA;
-    std::vector<std::string> treeB;
-    TreeLines(*expected.GetRootGroup(), "", treeA);
-    TreeLines(*actual.GetRootGroup(), "", treeB);
-    if (treeA != treeB)
+    if (TreeLines(*expected.GetRootGroup()) != TreeLines(*actual.GetRootGroup()))
         differences.push_back("the group trees differ");
     return differences;
 }

@@ -1,11 +1,16 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "ResourceSymbolLib.h"
+
+namespace VTC {
+class VtSymbolGroup;
+}
 
 namespace LqTool {
 
@@ -34,6 +39,16 @@ std::unique_ptr<LqExample::ResourceSymbolLib> OpenLibrary(const std::string& pat
 // groups and pictures (byte for byte); empty when they agree.
 std::vector<std::string> CompareLibraries(const LqExample::ResourceSymbolLib& expected,
                                           const LqExample::ResourceSymbolLib& actual);
+
+// Walks a group tree depth first without recursion, so that a file's nesting
+// cannot exhaust the stack. `enter` sees each group before its children, with
+// its depth (0 for the root), its index in visiting order and its parent's
+// index (-1 for the root); `leave`, when given, sees it after them.
+struct GroupVisitor {
+    std::function<void(const VTC::VtSymbolGroup& group, int depth, int index, int parent)> enter;
+    std::function<void(const VTC::VtSymbolGroup& group, int depth)> leave;
+};
+void WalkGroups(const VTC::VtSymbolGroup& root, const GroupVisitor& visitor);
 
 // Prints the group tree with its symbols, then the symbols in no group.
 void PrintTree(const LqExample::ResourceSymbolLib& lib);

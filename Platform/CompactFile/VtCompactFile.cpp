@@ -271,6 +271,10 @@ struct VtCompactFile::State {
     bool readOnly = false;
     // The writes since the last Flush form one transaction, open while `pending`.
     bool pending = false;
+    // The journal settings are made by the first write: switching the journal
+    // mode rewrites the header of a file in another mode, and opening,
+    // inspecting or reading a container must leave it as it was.
+    bool configuredForWriting = false;
     // SQLite abandoned that transaction after an I/O error: acknowledged writes
     // are gone, which the next Flush or Close must report.
     bool batchLost = false;
@@ -377,7 +381,8 @@ struct VtCompactFile::State {
     {
         NoticeAbandonedBatch();
         if (!pending) {
-            const int rc = Execute(db.get(), "BEGIN IMMEDIATE");
+            int rc = ConfigureOnce();
+            if (rc == SQLITE_OK) rc = Execute(db.get(), "BEGIN IMMEDIATE");
             if (rc != SQLITE_OK) return SqliteFailure(rc, line);
             pending = true;
         }
@@ -388,6 +393,14 @@ struct VtCompactFile::State {
         if (result != VT_CF_OK) return result;
         rc = savepoint.Release();
         return rc == SQLITE_OK ? VT_CF_OK : SqliteFailure(rc, line);
+    }
+
+    int ConfigureOnce()
+    {
+        if (configuredForWriting) return SQLITE_OK;
+        const int rc = ConfigureForWriting(db.get());
+        configuredForWriting = rc == SQLITE_OK;
+        return rc;
     }
 
     // Commits the batch; a failed commit that SQLite did not undo stays
@@ -438,6 +451,7 @@ int VtCompactFile::Create(const ZedaUnicodeString& path, int indexSize, const Ze
     }
     state->fullPath = fullPath;
     state->indexInfo = VT_CF_INDEX_KEYED;
+    state->configuredForWriting = true;
     state_ = std::move(state);
     return VT_CF_OK;
 }
@@ -462,10 +476,6 @@ int VtCompactFile::Open(const ZedaUnicodeString& path, const ZedaUnicodeString& 
     // A file we may not write opens for reading, so that a library installed
     // read-only still loads; writes then report VT_CF_READ_ONLY.
     state->readOnly = sqlite3_db_readonly(state->db.get(), "main") != 0;
-    if (state->indexInfo == VT_CF_INDEX_KEYED && !state->readOnly) {
-        rc = ConfigureForWriting(state->db.get());
-        if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
-    }
     state->fullPath = fullPath;
     state_ = std::move(state);
     return VT_CF_OK;
@@ -523,7 +533,8 @@ int VtCompactFile::Compact()
     if (const int refused = State::Check(state_, State::Access::write, __LINE__)) return refused;
     // VACUUM cannot run inside a transaction.
     if (const int failed = state_->CommitBatch(__LINE__)) return failed;
-    const int rc = Execute(state_->db.get(), "VACUUM");
+    int rc = state_->ConfigureOnce();
+    if (rc == SQLITE_OK) rc = Execute(state_->db.get(), "VACUUM");
     return rc == SQLITE_OK ? VT_CF_OK : SqliteFailure(rc, __LINE__);
 }
 

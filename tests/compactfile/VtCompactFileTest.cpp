@@ -197,3 +197,39 @@ TEST_F(CompactFileTest, OtherFilesAreRefusedOrOpenAsForeignAndStayUntouched)
 }
 
 }  // namespace
+
+namespace {
+
+// Reading a container leaves its file as it was, whatever journal mode another
+// program left it in; only the first write switches it to ours. Bytes 18 and
+// 19 of the header are 2 in WAL mode and 1 in the rollback modes.
+TEST_F(CompactFileTest, ReadingNeverSwitchesTheJournalModeTheFirstWriteDoes)
+{
+    {
+        VtCompactFile ours;
+        ASSERT_EQ(ours.Create(UPathOf("wal.cf"), 32, u"", 4), VT_CF_OK);
+        ASSERT_EQ(ours.SetAt(u"k", ToArray({7}), 0, 0, 0), VT_CF_OK);
+        ASSERT_EQ(ours.Close(), VT_CF_OK);
+    }
+    RunSql("wal.cf", "PRAGMA journal_mode=WAL;");
+    const Bytes original = ReadFileBytes(PathOf("wal.cf"));
+    ASSERT_EQ(original.at(18), 2);
+    for (int mode : {1, 4}) {
+        VtCompactFile file;
+        ASSERT_EQ(file.Open(UPathOf("wal.cf"), u"", mode), VT_CF_OK);
+        EXPECT_EQ(Get(file, u"k"), Bytes{7});
+        EXPECT_EQ(file.GetKeys().size(), 1u);
+        EXPECT_EQ(file.Flush(), VT_CF_OK);
+        EXPECT_EQ(file.Close(), VT_CF_OK);
+        EXPECT_EQ(ReadFileBytes(PathOf("wal.cf")), original) << "mode " << mode;
+    }
+    VtCompactFile file;
+    ASSERT_EQ(file.Open(UPathOf("wal.cf"), u"", 4), VT_CF_OK);
+    ASSERT_EQ(file.SetAt(u"k", ToArray({8}), 0, 0, 0), VT_CF_OK);
+    ASSERT_EQ(file.Close(), VT_CF_OK);
+    const Bytes written = ReadFileBytes(PathOf("wal.cf"));
+    EXPECT_TRUE(written.at(18) == 1 && written.at(19) == 1);
+    EXPECT_FALSE(SideFilesExist("wal.cf"));
+}
+
+}  // namespace

@@ -1,11 +1,15 @@
 // Runs the lqsymbol program on good, missing, empty, truncated and damaged
 // files and checks its exit codes and messages.
 
+#include <sqlite3.h>
+
 #include <random>
 
 #include <nlohmann/json.hpp>
 
+#include "MarkerSymbolLib.h"
 #include "ToolTestSupport.h"
+#include "VtSymbolGroup.h"
 
 namespace {
 
@@ -66,7 +70,7 @@ TEST_F(ToolTest, ConvertedFilesExportTheSameLibrary)
     const auto a = nlohmann::json::parse(fromContainer.out);
     const auto b = nlohmann::json::parse(fromConverted.out);
     EXPECT_EQ(a["symbolList"], b["symbolList"]);
-    EXPECT_EQ(a["groupTree"], b["groupTree"]);
+    EXPECT_EQ(a["groups"], b["groups"]);
     EXPECT_EQ(a["symbolList"].size(), 20u);
     EXPECT_TRUE(fs::exists(Work("pictures/20.png")));
     EXPECT_EQ(Lq({"tree", Demo("markers.lqc")}).out, Lq({"tree", Work("c.lqs")}).out);
@@ -173,6 +177,83 @@ TEST_F(ToolTest, UsageErrorsAndFills)
     const Outcome notPdf = Lq({"fill", "-o", Work("window.pdf")});
     EXPECT_EQ(notPdf.code, 2);
     EXPECT_NE(notPdf.err.find("only the printer surface writes PDF"), std::string::npos);
+}
+
+// A marker library in the stream form whose names carry terminal escapes and
+// whose groups nest `depth` levels deep, each level holding one symbol.
+void WriteHostileLibrary(const std::string& path, int depth)
+{
+    using namespace LqExample;
+    MarkerSymbolLib lib;
+    VTC::VtSymbolGroup* group = lib.GetRootGroup()->CreateChildGroup(u"\x1b]0;owned\a");
+    lib.AddSymbol(new MarkerSymbol(1, u"red\x1b[31m\u0085", MarkerShape::Circle, 8, 0), group);
+    for (int level = 2; level <= depth; ++level) {
+        group = group->CreateChildGroup(u"g");
+        lib.AddSymbol(new MarkerSymbol(level, u"s", MarkerShape::Square, 8, 0), group);
+    }
+    ASSERT_EQ(lib.SaveToFile(ZEDA::ZedaUnicodeString::FromUtf8(path), 20050302), 1) << lib.GetLastError();
+}
+
+// Text from a file reaches the terminal escaped, a stamp that is not UTF-8
+// still makes JSON, and a deep tree's output grows with its size, not with
+// its depth squared.
+TEST_F(ToolTest, HostileLibrariesArePrintedEscapedAndInBoundedSpace)
+{
+    const std::string path = Work("hostile.lqs");
+    constexpr int depth = 900;
+    WriteHostileLibrary(path, depth);
+    const std::size_t fileBytes = fs::file_size(path);
+
+    const Outcome tree = Lq({"tree", path});
+    ASSERT_EQ(tree.code, 0) << tree.err;
+    EXPECT_EQ(tree.out.find('\x1b'), std::string::npos);
+    EXPECT_NE(tree.out.find("[\\x1B]0;owned\\x07]"), std::string::npos);
+    EXPECT_NE(tree.out.find("red\\x1B[31m\\u{0085}"), std::string::npos);
+    EXPECT_NE(tree.out.find("[g] (depth 900)"), std::string::npos);
+    EXPECT_LT(tree.out.size(), 4 * fileBytes);  // indented to the depth, it took 30 times the file
+
+    const Outcome exported = Lq({"export", path, "--json"});
+    ASSERT_EQ(exported.code, 0) << exported.err;
+    EXPECT_LT(exported.out.size(), 16 * fileBytes);  // nested and indented, 400 times
+    const auto json = nlohmann::json::parse(exported.out);
+    ASSERT_EQ(json["groups"].size(), depth + 1u);
+    EXPECT_EQ(json["groups"][1]["name"], "\x1b]0;owned\a");
+    EXPECT_EQ(json["groups"][depth]["parent"], depth - 1);
+    EXPECT_EQ(json["groups"][depth]["items"], nlohmann::json::array({depth}));
+
+    // The stamp's bytes are stored as they are: make the first one no UTF-8.
+    std::string bytes = ReadText(path);
+    const std::size_t stamp = bytes.rfind(std::string("M\0a\0r\0", 6));
+    ASSERT_NE(stamp, std::string::npos);
+    bytes[stamp] = '\xFF';
+    WriteText(Work("stamp.lqs"), bytes);
+    const Outcome info = Lq({"info", Work("stamp.lqs"), "--json"});
+    ASSERT_EQ(info.code, 0) << info.err;
+    EXPECT_EQ(nlohmann::json::parse(info.out)["cacheSection"]["stamp"], "\xEF\xBF\xBD" "ar");
+    const Outcome text = Lq({"info", Work("stamp.lqs")});
+    ASSERT_EQ(text.code, 0) << text.err;
+    EXPECT_NE(text.out.find("stamp \"\\xFFar\""), std::string::npos) << text.out;
+    EXPECT_EQ(Lq({"export", Work("stamp.lqs"), "--json"}).code, 0);
+}
+
+// Inspecting a container changes nothing in it, even one that another
+// program left in another journal mode.
+TEST_F(ToolTest, InspectingAContainerLeavesItsFileAsItWas)
+{
+    ASSERT_EQ(demo.code, 0);
+    const std::string path = Work("wal.lqc");
+    fs::copy_file(Demo("markers.lqc"), path);
+    sqlite3* db = nullptr;
+    ASSERT_EQ(sqlite3_open(path.c_str(), &db), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(db, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(db);
+    const std::string original = ReadText(path);
+    for (const std::vector<std::string>& command : {std::vector<std::string>{"info", path}, {"info", path, "--json"},
+                                                    {"tree", path}, {"export", path, "--json"}}) {
+        const Outcome run = Lq(command);
+        EXPECT_EQ(run.code, 0) << command[0] << ": " << run.err;
+        EXPECT_EQ(ReadText(path), original) << command[0];
+    }
 }
 
 }  // namespace

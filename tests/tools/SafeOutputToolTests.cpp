@@ -51,7 +51,7 @@ protected:
         const Outcome exported = Lq({"export", path, "--json"});
         EXPECT_EQ(exported.code, 0) << exported.err;
         auto json = nlohmann::json::parse(exported.out, nullptr, false);
-        return json.is_discarded() ? std::string() : json["symbolList"].dump() + json["groupTree"].dump();
+        return json.is_discarded() ? std::string() : json["symbolList"].dump() + json["groups"].dump();
     }
 
     // The file and its directory are as they were, and it still loads.
