@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -193,6 +194,24 @@ private:
     bool active_ = false;
 };
 
+// A file from elsewhere may carry any schema. Only the exact schema we write
+// is ever used (see ReadMarker), and SQLite is told not to trust, run or
+// expand anything a schema could bring: no triggers, no views, no functions
+// with side effects, no schema writes, small limits on statements (VACUUM
+// attaches one database of its own).
+void Harden(sqlite3* db)
+{
+    for (const auto& [option, value] : {std::pair{SQLITE_DBCONFIG_DEFENSIVE, 1}, {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0},
+                                        {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0}, {SQLITE_DBCONFIG_ENABLE_VIEW, 0},
+                                        {SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0}})
+        sqlite3_db_config(db, option, value, nullptr);
+    for (const auto& [limit, value] :
+         {std::pair{SQLITE_LIMIT_SQL_LENGTH, 64 * 1024}, {SQLITE_LIMIT_COLUMN, 16}, {SQLITE_LIMIT_EXPR_DEPTH, 64},
+          {SQLITE_LIMIT_COMPOUND_SELECT, 4}, {SQLITE_LIMIT_VDBE_OP, 100000}, {SQLITE_LIMIT_FUNCTION_ARG, 8},
+          {SQLITE_LIMIT_ATTACHED, 1}, {SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 64}, {SQLITE_LIMIT_TRIGGER_DEPTH, 1}})
+        sqlite3_limit(db, limit, value);
+}
+
 int OpenDatabase(const std::string& path, int flags, Db& db)
 {
     sqlite3* raw = nullptr;
@@ -200,7 +219,24 @@ int OpenDatabase(const std::string& path, int flags, Db& db)
     db.reset(raw);  // a failed open still hands out a handle to release
     if (rc != SQLITE_OK) return rc;
     sqlite3_extended_result_codes(raw, 1);
+    Harden(raw);
     return sqlite3_busy_timeout(raw, busyTimeoutMs);
+}
+
+// Until the first write, no string or blob that SQLite reads may be longer
+// than the file: a damaged overflow chain cannot inflate a value.
+void LimitLengthsToFile(sqlite3* db, const std::string& path)
+{
+    struct stat info {};
+    const long long fileBytes = ::stat(path.c_str(), &info) == 0 ? info.st_size : 0;
+    const int current = sqlite3_limit(db, SQLITE_LIMIT_LENGTH, -1);
+    sqlite3_limit(db, SQLITE_LIMIT_LENGTH, static_cast<int>(std::clamp(fileBytes, 1LL, static_cast<long long>(current))));
+}
+
+// Writes may store values longer than the file was: SQLite's own bound again.
+void LiftLengthLimit(sqlite3* db)
+{
+    sqlite3_limit(db, SQLITE_LIMIT_LENGTH, std::numeric_limits<int>::max());
 }
 
 // Rollback journal with full syncs: every commit is on disk when it returns,
@@ -225,31 +261,62 @@ int CreateSchema(sqlite3* db)
     return Execute(db, ("PRAGMA journal_mode=OFF; PRAGMA synchronous=FULL; BEGIN IMMEDIATE;" + sql + "COMMIT;").c_str());
 }
 
+// The schema that CreateSchema makes, row for row ("type name sql", by name).
+constexpr std::string_view containerSchema =
+    "table entries CREATE TABLE entries(key TEXT PRIMARY KEY NOT NULL, value BLOB NOT NULL)\n"
+    "table meta CREATE TABLE meta(name TEXT PRIMARY KEY NOT NULL, value NOT NULL)\n"
+    "index sqlite_autoindex_entries_1 \n"
+    "index sqlite_autoindex_meta_1 \n";
+
+// The schema as text, one row per entry; SQLITE_TOOBIG when it is far longer
+// than ours could be.
+int ReadSchema(sqlite3* db, std::string& schema)
+{
+    Statement statement;
+    int rc = Prepare(db, "SELECT type, name, sql FROM sqlite_schema ORDER BY name", statement);
+    while (rc == SQLITE_OK && (rc = sqlite3_step(statement.get())) == SQLITE_ROW) {
+        for (int column = 0; column < 3; ++column) {
+            const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), column));
+            schema.append(text ? text : "").append(column < 2 ? " " : "\n");
+        }
+        rc = schema.size() <= 4 * containerSchema.size() ? SQLITE_OK : SQLITE_TOOBIG;
+    }
+    return rc == SQLITE_DONE ? SQLITE_OK : rc;
+}
+
 // Tells a container of ours from another SQLite database and gives SQLite's
 // result. The first read of the schema is where SQLite finds out that a file
-// is no database at all, and where it plays back a hot journal.
+// is no database at all, and where it plays back a hot journal. A database
+// with our marker but any other schema (a generated column, a trigger, a
+// view, an index more) is foreign, and none of its tables is ever read.
 int ReadMarker(sqlite3* db, int& indexInfo)
 {
-    long long tables = 0;
-    int rc = QueryInt(db, "SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name IN ('meta', 'entries')",
-                      tables);
+    indexInfo = VT_CF_INDEX_FOREIGN;
+    std::string schema;
+    int rc = ReadSchema(db, schema);
+    if (rc == SQLITE_TOOBIG) return SQLITE_OK;
     long long applicationId = 0;
     if (rc == SQLITE_OK) rc = QueryInt(db, "PRAGMA application_id", applicationId);
-    long long markerRows = 0;
-    if (rc == SQLITE_OK && tables == 2 && applicationId == containerApplicationId) {
-        const std::string sql = std::string("SELECT count(*) FROM meta WHERE (name = 'format' AND value = '") +
-                                containerFormatName + "') OR (name = 'version' AND value = " +
-                                std::to_string(containerFormatVersion) + ")";
-        rc = QueryInt(db, sql, markerRows);
+    if (rc != SQLITE_OK || applicationId != containerApplicationId) return rc;
+    if (schema != containerSchema) {
+        Refuse(VT_CF_FOREIGN, "ECf011", __LINE__);
+        return SQLITE_OK;
     }
-    indexInfo = markerRows == 2 ? VT_CF_INDEX_KEYED : VT_CF_INDEX_FOREIGN;
+    long long markerRows = 0;
+    const std::string sql = std::string("SELECT count(*) FROM meta WHERE (name = 'format' AND value = '") +
+                            containerFormatName + "') OR (name = 'version' AND value = " +
+                            std::to_string(containerFormatVersion) + ")";
+    rc = QueryInt(db, sql, markerRows);
+    if (markerRows == 2) indexInfo = VT_CF_INDEX_KEYED;
     return rc;
 }
 
 int ConnectAndReadMarker(const std::string& path, int flags, Db& db, int& indexInfo)
 {
     const int rc = OpenDatabase(path, flags, db);
-    return rc == SQLITE_OK ? ReadMarker(db.get(), indexInfo) : rc;
+    if (rc != SQLITE_OK) return rc;
+    LimitLengthsToFile(db.get(), path);
+    return ReadMarker(db.get(), indexInfo);
 }
 
 // A read-only connection cannot undo the unfinished transaction of a writer
@@ -319,17 +386,37 @@ struct VtCompactFile::State {
         return rc == SQLITE_DONE ? VT_CF_OK : SqliteFailure(rc, line);
     }
 
-    // Finds the row and length of an entry: VT_CF_OK, VT_CF_KEY_NOT_FOUND or a failure.
+    // Finds the row and length of an entry: VT_CF_OK, VT_CF_KEY_NOT_FOUND or a
+    // failure. The type and length come from the record's header, so a value
+    // is never read before it is known to be a blob that the database can hold.
     int FindEntry(const std::string& key, sqlite3_int64& rowid, long long& length) const
     {
         Statement statement;
-        int rc = PrepareForKey("SELECT rowid, length(value) FROM entries WHERE key = ?1", key, statement);
+        int rc = PrepareForKey("SELECT rowid, typeof(value) = 'blob', length(value) FROM entries WHERE key = ?1", key,
+                               statement);
         if (rc == SQLITE_OK) rc = sqlite3_step(statement.get());
         if (rc == SQLITE_DONE) return VT_CF_KEY_NOT_FOUND;
         if (rc != SQLITE_ROW) return SqliteFailure(rc, __LINE__);
         rowid = sqlite3_column_int64(statement.get(), 0);
-        length = sqlite3_column_int64(statement.get(), 1);
+        const bool isBlob = sqlite3_column_int(statement.get(), 1) != 0;
+        length = sqlite3_column_int64(statement.get(), 2);
+        long long databaseBytes = 0;
+        rc = DatabaseBytes(databaseBytes);
+        if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
+        if (!isBlob || length > databaseBytes) return Refuse(VT_CF_IO_ERROR, "ECf012", __LINE__);
         return VT_CF_OK;
+    }
+
+    // The size of the database as SQLite sees it, pending writes included; for
+    // a file at rest SQLite refuses a header that claims more than the file.
+    int DatabaseBytes(long long& bytes) const
+    {
+        long long pages = 0;
+        long long pageSize = 0;
+        int rc = QueryInt(db.get(), "PRAGMA page_count", pages);
+        if (rc == SQLITE_OK) rc = QueryInt(db.get(), "PRAGMA page_size", pageSize);
+        bytes = pages * pageSize;
+        return rc;
     }
 
     int OpenBlob(sqlite3_int64 rowid, bool write, Blob& blob) const
@@ -398,6 +485,7 @@ struct VtCompactFile::State {
     int ConfigureOnce()
     {
         if (configuredForWriting) return SQLITE_OK;
+        LiftLengthLimit(db.get());
         const int rc = ConfigureForWriting(db.get());
         configuredForWriting = rc == SQLITE_OK;
         return rc;
@@ -484,11 +572,17 @@ int VtCompactFile::Open(const ZedaUnicodeString& path, const ZedaUnicodeString& 
 int VtCompactFile::Lookup(const ZedaUnicodeString& key, VtByteArray& bytes, long long& size, int /*flags*/)
 {
     if (const int refused = State::Check(state_, State::Access::read, __LINE__)) return refused;
+    // One read transaction (or the batch) from the check to the copy.
+    Savepoint reading(state_->db.get());
+    int rc = reading.Begin();
+    if (rc != SQLITE_OK) return SqliteFailure(rc, __LINE__);
+    sqlite3_int64 rowid = 0;
+    long long checkedLength = 0;
+    if (const int found = state_->FindEntry(key.ToUtf8(), rowid, checkedLength)) return found;
     Statement statement;
-    const std::string utf8Key = key.ToUtf8();
-    int rc = state_->PrepareForKey("SELECT value FROM entries WHERE key = ?1", utf8Key, statement);
+    rc = Prepare(state_->db.get(), "SELECT value FROM entries WHERE rowid = ?1", statement);
+    if (rc == SQLITE_OK) rc = sqlite3_bind_int64(statement.get(), 1, rowid);
     if (rc == SQLITE_OK) rc = sqlite3_step(statement.get());
-    if (rc == SQLITE_DONE) return VT_CF_KEY_NOT_FOUND;
     if (rc != SQLITE_ROW) return SqliteFailure(rc, __LINE__);
 
     const auto* value = static_cast<const unsigned char*>(sqlite3_column_blob(statement.get(), 0));

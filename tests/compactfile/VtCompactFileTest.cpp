@@ -233,3 +233,53 @@ TEST_F(CompactFileTest, ReadingNeverSwitchesTheJournalModeTheFirstWriteDoes)
 }
 
 }  // namespace
+
+namespace {
+
+// A file with our marker but a schema of its own making opens as foreign, so
+// that nothing its schema carries (a computed value, a trigger, a view) runs;
+// a value that is no blob is refused as damaged. None of them is changed.
+TEST_F(CompactFileTest, CraftedSchemasOpenAsForeignAndNothingInThemRuns)
+{
+    const std::pair<const char*, const char*> crafted[] = {
+        {"generated.cf", "DROP TABLE entries; CREATE TABLE entries(key TEXT PRIMARY KEY NOT NULL, stored BLOB,"
+                         " value BLOB AS (zeroblob(900000000)));"
+                         "INSERT INTO entries(key) VALUES('SymbolStoreInCF');"},
+        {"trigger.cf", "CREATE TRIGGER wipe AFTER INSERT ON entries BEGIN DELETE FROM meta; END;"},
+        {"view.cf", "CREATE VIEW peek AS SELECT * FROM entries;"},
+        {"index.cf", "CREATE INDEX byValue ON entries(value);"},
+        {"text.cf", "UPDATE entries SET value = 'text' WHERE key = 'k';"},
+    };
+    for (const auto& [name, sql] : crafted) {
+        {
+            VtCompactFile ours;
+            ASSERT_EQ(ours.Create(UPathOf(name), 32, u"", 4), VT_CF_OK);
+            ASSERT_EQ(ours.SetAt(u"k", ToArray({1}), 0, 0, 0), VT_CF_OK);
+            ASSERT_EQ(ours.Close(), VT_CF_OK);
+        }
+        RunSql(name, sql);
+        const Bytes original = ReadFileBytes(PathOf(name));
+        for (int mode : {1, 4}) {
+            VtLogFile::GetInstance(false)->ClearRecords();
+            VtCompactFile file;
+            ASSERT_EQ(file.Open(UPathOf(name), u"", mode), VT_CF_OK) << name;
+            VtByteArray bytes;
+            long long size = 0;
+            if (std::string(name) == "text.cf") {
+                EXPECT_EQ(file.GetIndexInfo(), VT_CF_INDEX_KEYED);
+                EXPECT_EQ(file.Lookup(u"k", bytes, size, 0), VT_CF_IO_ERROR);
+                EXPECT_EQ(file.LookupToFile(u"k", UPathOf("out")), VT_CF_IO_ERROR);
+                EXPECT_EQ(VtLogFile::GetInstance(false)->GetRecords().back().code, "ECf012");
+            } else {
+                EXPECT_EQ(file.GetIndexInfo(), VT_CF_INDEX_FOREIGN) << name;
+                EXPECT_EQ(VtLogFile::GetInstance(false)->GetRecords().at(0).code, "ECf011") << name;
+                EXPECT_EQ(file.Lookup(u"SymbolStoreInCF", bytes, size, 0), VT_CF_FOREIGN);
+                EXPECT_EQ(file.SetAt(u"k", ToArray({2}), 0, 0, 0), VT_CF_FOREIGN);
+            }
+            EXPECT_EQ(file.Close(), VT_CF_OK);
+            EXPECT_EQ(ReadFileBytes(PathOf(name)), original) << name << " mode " << mode;
+        }
+    }
+}
+
+}  // namespace
