@@ -87,14 +87,22 @@ bool ResourceSymbolLib::Fail(const char* code, std::string message, int line) co
     return false;
 }
 
+// A call that succeeds leaves no error behind, neither an earlier call's nor
+// one of a step it recovered from.
+bool ResourceSymbolLib::Succeeded(bool ok) const
+{
+    if (ok)
+        lastError_.clear();
+    return ok;
+}
+
 // ---------------------------------------------------------------- loading
 
 unsigned char ResourceSymbolLib::LoadFromStream(VtStream& stream, unsigned char /*flag*/)
 {
     RemoveAll();
-    lastError_.clear();
     report_ = {};
-    if (LoadImage(stream))
+    if (Succeeded(LoadImage(stream)))
         return 1;
     RemoveAll();
     return 0;
@@ -261,8 +269,7 @@ bool ResourceSymbolLib::CheckResources()
 
 unsigned char ResourceSymbolLib::AppendFromStream(VtStream& stream, unsigned char flag)
 {
-    lastError_.clear();
-    return AppendImage(stream, flag) ? 1 : 0;
+    return Succeeded(AppendImage(stream, flag)) ? 1 : 0;
 }
 
 bool ResourceSymbolLib::AppendImage(VtStream& stream, unsigned char flag)
@@ -298,7 +305,10 @@ bool ResourceSymbolLib::AppendImage(VtStream& stream, unsigned char flag)
         mapGroups(mapGroups, tree, *rootGroup);
     for (auto& symbol : parsed) {
         const auto found = destination.find(symbol->ID);
-        AddSymbol(symbol.release(), found == destination.end() ? nullptr : found->second);
+        if (!AddSymbol(symbol.get(), found == destination.end() ? nullptr : found->second))
+            return Fail("EXl008", "no free ID is left for symbol " + std::to_string(symbol->ID) +
+                                      "; the symbols before it were appended", __LINE__);
+        symbol.release();
     }
     return true;
 }
@@ -360,9 +370,8 @@ bool ResourceSymbolLib::ImportResources(VtStream& stream, unsigned int fileVersi
 
 unsigned char ResourceSymbolLib::SaveToStream(VtStream& stream, unsigned int fileVersion, unsigned char /*flag*/)
 {
-    lastError_.clear();
-    return SaveImage(stream, static_cast<unsigned int>(GetCompatibleVersion(static_cast<int>(fileVersion)))) ? 1
-                                                                                                              : 0;
+    const auto formatVersion = static_cast<unsigned int>(GetCompatibleVersion(static_cast<int>(fileVersion)));
+    return Succeeded(SaveImage(stream, formatVersion)) ? 1 : 0;
 }
 
 bool ResourceSymbolLib::SaveImage(VtStream& stream, unsigned int fileVersion)
@@ -507,6 +516,11 @@ ResourceSymbol* ResourceSymbolLib::FindSymbol(int id) const
 
 bool ResourceSymbolLib::SetSymbolImage(int id, const RasterImage& image)
 {
+    return Succeeded(StoreSymbolImage(id, image));
+}
+
+bool ResourceSymbolLib::StoreSymbolImage(int id, const RasterImage& image)
+{
     ResourceSymbol* symbol = FindSymbol(id);
     if (!symbol)
         return false;
@@ -526,6 +540,11 @@ bool ResourceSymbolLib::SetSymbolImage(int id, const RasterImage& image)
 }
 
 bool ResourceSymbolLib::GetSymbolImage(int id, RasterImage& image) const
+{
+    return Succeeded(ReadSymbolImage(id, image));
+}
+
+bool ResourceSymbolLib::ReadSymbolImage(int id, RasterImage& image) const
 {
     const ResourceSymbol* symbol = FindSymbol(id);
     if (!symbol)
@@ -548,7 +567,9 @@ bool ResourceSymbolLib::HasSymbolImage(int id) const
 
 const ResourceCache* ResourceSymbolLib::GetResourceCache() const
 {
-    return OpenedCache();
+    const ResourceCache* cache = OpenedCache();
+    Succeeded(cache != nullptr);
+    return cache;
 }
 
 }  // namespace LqExample

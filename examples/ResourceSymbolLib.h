@@ -57,7 +57,8 @@ struct LQ_EXPORT LibraryReport {
 // copies it into the temporary directory first.
 //
 // Every failure is logged (level 300, source "examples/ResourceSymbolLib")
-// and explained by GetLastError(); a load that fails leaves the library empty.
+// and explained by GetLastError(), which a successful call clears; a load that
+// fails leaves the library empty.
 class LQ_EXPORT ResourceSymbolLib : public VTC::VtSymbolLib {
 public:
     ~ResourceSymbolLib() override;
@@ -137,7 +138,11 @@ private:
     void RememberSync(const VTC::VtCompactFile& container, const ZedaUnicodeString& base) const;
     bool IsSynced(const VTC::VtCompactFile& container) const;
 
+    bool StoreSymbolImage(int id, const RasterImage& image);
+    bool ReadSymbolImage(int id, RasterImage& image) const;
+
     bool Fail(const char* code, std::string message, int line) const;
+    bool Succeeded(bool ok) const;
 
     mutable ResourceCache cache_;
     mutable SyncState sync_;

@@ -18,8 +18,10 @@ struct LQ_EXPORT VtLogRecord {
 };
 
 // The process-wide log. The most recent records are kept in memory (100,000 by
-// default); a file receives them too when one is set with SetLogPath or the
-// environment variable LQ_LOG_FILE. Thread-safe.
+// default) without an allocation per record; a file receives them too, through
+// a buffer, when one is set with SetLogPath or the environment variable
+// LQ_LOG_FILE. A code keeps its first 15 bytes and a source its first 47.
+// Thread-safe.
 class LQ_EXPORT VtLogFile {
 public:
     // The one instance; the flag is accepted for compatibility and ignored.
@@ -33,6 +35,8 @@ public:
     void SetCapacity(std::size_t records);
     // An empty path stops writing to a file. False if the file cannot be opened.
     bool SetLogPath(const std::string& path);
+    // Writes the buffered lines out to the file (also done on exit and when the path changes).
+    void Flush();
 
     VtLogFile(const VtLogFile&) = delete;
     VtLogFile& operator=(const VtLogFile&) = delete;

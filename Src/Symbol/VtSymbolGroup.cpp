@@ -404,9 +404,9 @@ bool VtSymbolGroup::SetItemID(int index, int newID)
         symbolGroupLog.Fail("EEe010");
         return true;
     }
-    // An item whose symbol the library no longer lists cannot be renumbered.
-    const int position = attachedLib->FindID(oldID);
-    if (position == -1 || !attachedLib->SetIDAt(position, newID)) {
+    // An item whose symbol the library no longer lists hands SetIDAt the
+    // position -1, which refuses a used new ID and throws for a free one.
+    if (!attachedLib->SetIDAt(attachedLib->FindID(oldID), newID)) {
         symbolGroupLog.Fail("EGa047");
         return false;
     }

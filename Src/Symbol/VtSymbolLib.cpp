@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
 
@@ -117,7 +118,13 @@ unsigned char VtSymbolLib::AddSymbol(VtSymbol* symbol, VtSymbolGroup* group)
 {
     int id = symbol->ID;
     if (id < 0 || IsIDExisted(id)) {
-        id = GetMaxID() + 1;
+        const int maxID = GetMaxID();
+        if (maxID == std::numeric_limits<int>::max()) {
+            // No higher ID is left: the library stays as it was and the caller keeps the symbol.
+            symbolLibLog.Fail("EGa049");
+            return 0;
+        }
+        id = maxID + 1;
         symbol->ID = id;
     }
     symbols[id] = symbol;

@@ -57,6 +57,8 @@ public:
     ZedaUnicodeString GetCachePath() const;
 
     // Registry.
+    // Takes ownership of `symbol` and returns 1; returns 0 and leaves it to the
+    // caller only when it needs a new ID and the library already holds the largest.
     unsigned char AddSymbol(VtSymbol* symbol, VtSymbolGroup* group = nullptr);
     void InsertAt(int index, VtSymbol* symbol);
     int RemoveAt(int index, int count = 1);

@@ -35,6 +35,34 @@ TEST(VtLogFile, KeepsTheNewestRecordsInOrderAndWritesThemWhileAFileIsSet)
     log->SetCapacity(3);
     EXPECT_EQ(log->GetRecords().front().line, 100002);
     EXPECT_EQ(log->GetRecordCount(), 3u);
+    // Growing again after the ring wrapped keeps the order and appends after the newest.
+    log->RecordLog(300, "EGa038", "src", 7);
+    log->SetCapacity(5);
+    log->RecordLog(300, "EGa038", "src", 8);
+    std::vector<int> lines;
+    for (const VtLogRecord& record : log->GetRecords())
+        lines.push_back(record.line);
+    EXPECT_EQ(lines, (std::vector<int>{100003, 100004, 7, 8}));
+    log->SetCapacity(0);
+    log->RecordLog(300, "EGa038", "src", 9);
+    EXPECT_EQ(log->GetRecordCount(), 0u);
     log->SetCapacity(100000);
+    log->ClearRecords();
+}
+
+TEST(VtLogFile, KeepsTheFixedLengthOfTextsAndWritesBufferedLinesOnFlush)
+{
+    VtLogFile* log = VtLogFile::GetInstance(false);
+    lqtest::TempDir dir;
+    log->ClearRecords();
+    ASSERT_TRUE(log->SetLogPath(dir.Path("log.txt").string()));
+    const std::string longSource(60, 's');
+    log->RecordLog(300, "ABCDEFGHIJKLMNOPQRST", longSource.c_str(), 3);
+    log->Flush();
+    std::stringstream written;
+    written << std::ifstream(dir.Path("log.txt")).rdbuf();
+    EXPECT_EQ(written.str(), "300 ABCDEFGHIJKLMNO " + std::string(47, 's') + ":3\n");
+    ASSERT_TRUE(log->SetLogPath(""));
+    EXPECT_EQ(log->GetRecords(), (std::vector<VtLogRecord>{{300, "ABCDEFGHIJKLMNO", std::string(47, 's'), 3}}));
     log->ClearRecords();
 }

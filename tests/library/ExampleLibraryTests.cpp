@@ -2,6 +2,7 @@
 // with their pictures, self-contained containers, appending, and damaged files.
 
 #include <algorithm>
+#include <climits>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -371,6 +372,40 @@ TEST_F(ExampleLibraryTest, AppendRenumbersAndMergesGroupsWithPictures)
     MarkerSymbolLib flat;
     ASSERT_EQ(flat.AppendFromFile(U(Work("source.lqm")), 0), 1);
     EXPECT_EQ(TreeLines(*flat.GetRootGroup()), (std::vector<std::string>{"RootGroup: 1 2 3 4 5 6"}));
+}
+
+// An append stops cleanly where a symbol needs a new ID and the library holds
+// the largest; every successful call clears the error of the one before.
+TEST_F(ExampleLibraryTest, AppendStopsAtTheLargestIdAndSuccessClearsTheError)
+{
+    MarkerSymbolLib source;
+    FillMarkers(source);
+    ASSERT_EQ(source.SaveToFile(U(Work("source.lqm")), newStreamForm), 1);
+    MarkerSymbolLib target;
+    target.AddSymbol(new MarkerSymbol(4, u"four", MarkerShape::Square, 5, 0), nullptr);
+    target.AddSymbol(new MarkerSymbol(INT_MAX, u"last", MarkerShape::Square, 5, 0), nullptr);
+    EXPECT_EQ(target.AppendFromFile(U(Work("source.lqm")), 0), 0);
+    EXPECT_NE(target.GetLastError().find("no free ID is left for symbol 4"), std::string::npos)
+        << target.GetLastError();
+    EXPECT_EQ(TreeLines(*target.GetRootGroup()), (std::vector<std::string>{"RootGroup: 4 2147483647 1 2 3"}));
+
+    RasterImage picture;
+    EXPECT_TRUE(target.GetSymbolImage(2, picture));
+    EXPECT_EQ(picture, Picture(16, 16, 2));
+    EXPECT_EQ(target.GetLastError(), "");
+    EXPECT_FALSE(target.GetSymbolImage(99, picture));
+    ASSERT_NE(target.GetLastError(), "");
+    EXPECT_TRUE(target.SetSymbolImage(4, Picture(3, 3, 1)));
+    EXPECT_EQ(target.GetLastError(), "");
+    EXPECT_FALSE(target.GetSymbolImage(INT_MAX, picture));
+    ASSERT_NE(target.GetLastError(), "");
+    EXPECT_NE(target.GetResourceCache(), nullptr);
+    EXPECT_EQ(target.GetLastError(), "");
+    EXPECT_FALSE(target.SetSymbolImage(99, picture));
+    VTC::VtMemoryStream out;
+    out.Open(VTC::VT_STREAM_WRITE);
+    EXPECT_EQ(target.SaveToStream(out, newStreamForm, 1), 1);
+    EXPECT_EQ(target.GetLastError(), "");
 }
 
 // An append that cannot be read in full adds nothing; symbols of another

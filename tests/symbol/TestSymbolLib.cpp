@@ -1,6 +1,7 @@
 // The library object and its registry: the ID map and the user order must
 // stay consistent, and failures leave exactly the expected log records.
 
+#include <limits>
 #include <stdexcept>
 #include <tuple>
 
@@ -83,6 +84,26 @@ TEST_F(SymbolLibTest, AddSymbolNumbersFilesAndMarks)
     EXPECT_EQ(child->GetItemID(0), 0);
     EXPECT_EQ(lib.GetRootGroup()->GetItemCount(), 4);
     ExpectConsistent(lib, {1, 10, 11, 12, 0});
+}
+
+TEST_F(SymbolLibTest, NumberingStopsAtTheLargestIdWithoutLosingAnything)
+{
+    constexpr int largest = std::numeric_limits<int>::max();
+    OpenLibrary lib;
+    lib.InsertAt(-1, new TestSymbol(largest - 2, u"loaded"));
+    EXPECT_EQ(lib.Add(-1, u"next"), largest - 1);
+    EXPECT_EQ(lib.Add(largest - 1, u"taken"), largest);
+    lib.SetModifiedFlag(0);
+    for (const int id : {-1, largest - 2}) {
+        TestSymbol refused(id, u"refused");
+        EXPECT_LOGS(EXPECT_EQ(lib.AddSymbol(&refused, nullptr), 0), "lib:EGa049");
+        EXPECT_EQ(refused.ID, id);  // the caller keeps its symbol as it was
+    }
+    EXPECT_EQ(lib.IsModified(), 0);
+    EXPECT_EQ(lib.GetRootGroup()->GetItemCount(), 2);
+    ExpectConsistent(lib, {largest - 2, largest - 1, largest});
+    // A free ID is still taken as it comes.
+    EXPECT_EQ(lib.Add(7, u"free"), 7);
 }
 
 TEST_F(SymbolLibTest, RemovalsDestroyExactlyWhatTheyTake)

@@ -149,12 +149,16 @@ TEST_F(GroupTest, RemovingAndRenumberingReachTheLibrary)
     EXPECT_LOGS(EXPECT_FALSE(a->SetItemID(1, 1)), "lib:EGa048", "group:EGa047");
     for (const int index : {2, -1})
         EXPECT_LOGS(EXPECT_FALSE(a->SetItemID(index, 50)), "group:EDb001", "group:EGa047");
-    // IDs the library lost: renumbering is refused, removal takes the item although the library refuses.
+    // IDs the library lost: renumbering goes to the library's position -1, where a
+    // used new ID is refused and a free one fails the bounded read; removal takes
+    // the item although the library refuses.
     lib.RemoveAt(0, 2);
-    EXPECT_LOGS(EXPECT_FALSE(a->SetItemID(0, 50)), "lib:EGa038", "group:EGa047");
+    File(root, {60});
+    EXPECT_LOGS(EXPECT_FALSE(a->SetItemID(0, 60)), "lib:EGa038", "lib:EGa048", "group:EGa047");
+    EXPECT_LOGS(EXPECT_THROW(a->SetItemID(0, 50), std::out_of_range), "lib:EGa038", "lib:EGa038");
     EXPECT_LOGS(EXPECT_FALSE(root->RemoveSymbol(30)), "group:EDd003", "lib:EGa038", "lib:EGa030", "lib:EGa022",
                 "group:EGa022");
-    EXPECT_EQ(Tree(root), "RootGroup[A(1)[B]]");
+    EXPECT_EQ(Tree(root), "RootGroup(60)[A(1)[B]]");
     EXPECT_LOGS(EXPECT_EQ(a->GetChildGroup(0)->RemoveItem(0, 1), 0), "group:EGa021");  // an empty group
 }
 
