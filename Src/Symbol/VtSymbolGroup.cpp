@@ -5,6 +5,7 @@
 #include "LqStream.h"
 #include "LqToolkit.h"
 #include "VtModuleLog_p.h"
+#include "VtPositionIndex_p.h"
 #include "VtSymbol.h"
 #include "VtSymbolLib.h"
 
@@ -51,7 +52,10 @@ int LastIndexOfRun(int index, int count, int size)
 
 VtSymbolGroup::VtSymbolGroup() : VtSymbolGroup(nullptr) {}
 
-VtSymbolGroup::VtSymbolGroup(VtSymbolLib* lib) : modified(0), attachedLib(lib), parentGroup(nullptr) {}
+VtSymbolGroup::VtSymbolGroup(VtSymbolLib* lib)
+    : modified(0), attachedLib(lib), parentGroup(nullptr), itemIndex(std::make_unique<VtPositionIndex>())
+{
+}
 
 VtSymbolGroup::~VtSymbolGroup()
 {
@@ -61,6 +65,7 @@ VtSymbolGroup::~VtSymbolGroup()
 void VtSymbolGroup::Clear()
 {
     std::vector<int>().swap(itemIDs);
+    itemIndex->Invalidate();
     for (VtSymbolGroup* child : childGroups)
         delete child;
     std::vector<VtSymbolGroup*>().swap(childGroups);
@@ -269,12 +274,10 @@ void VtSymbolGroup::SetItemName(int index, const ZedaUnicodeString& name)
 
 int VtSymbolGroup::FindItemID(int id) const
 {
-    const auto found = std::find(itemIDs.begin(), itemIDs.end(), id);
-    if (found == itemIDs.end()) {
+    const int position = itemIndex->Find(itemIDs, id);
+    if (position == -1)
         symbolGroupLog.Fail("EDd003");
-        return -1;
-    }
-    return static_cast<int>(found - itemIDs.begin());
+    return position;
 }
 
 bool VtSymbolGroup::IsExistID(int id) const
@@ -311,6 +314,7 @@ bool VtSymbolGroup::AddItem(int id, unsigned char moveIfGrouped)
         return false;
     }
     itemIDs.push_back(id);
+    itemIndex->Appended(itemIDs);
     return true;
 }
 
@@ -332,7 +336,7 @@ int VtSymbolGroup::RemoveItem(int index, int count)
     const int removed = last - index + 1;
     if (removed == 0)
         return 0;
-    itemIDs.erase(itemIDs.begin() + index, itemIDs.begin() + index + removed);
+    EraseItems(index, removed);
     return removed;
 }
 
@@ -340,7 +344,7 @@ void VtSymbolGroup::RemoveItemOnlyInGroup(int id)
 {
     const int position = FindItemID(id);
     if (position != -1)
-        itemIDs.erase(itemIDs.begin() + position);
+        EraseItems(position, 1);
     for (VtSymbolGroup* child : childGroups)
         child->RemoveItemOnlyInGroup(id);
 }
@@ -349,7 +353,7 @@ bool VtSymbolGroup::RemoveSymbol(int id)
 {
     const int position = FindItemID(id);
     if (position != -1) {
-        itemIDs.erase(itemIDs.begin() + position);
+        EraseItems(position, 1);
         return attachedLib->RemoveID(id) != 0;
     }
     for (VtSymbolGroup* child : childGroups) {
@@ -371,7 +375,7 @@ bool VtSymbolGroup::MoveItemTo(int id, VtSymbolGroup* target)
         symbolGroupLog.Fail("EGa042");
         return false;
     }
-    itemIDs.erase(itemIDs.begin() + position);
+    EraseItems(position, 1);
     target->AddItem(id);
     return true;
 }
@@ -386,7 +390,7 @@ int VtSymbolGroup::MoveItemTo(int index, int count, VtSymbolGroup* target)
     if (moved == 0)
         return 0;
     const std::vector<int> run(itemIDs.begin() + index, itemIDs.begin() + index + moved);
-    itemIDs.erase(itemIDs.begin() + index, itemIDs.begin() + index + moved);
+    EraseItems(index, moved);
     for (int id : run)
         target->AddItem(id);
     return moved;
@@ -411,12 +415,20 @@ bool VtSymbolGroup::SetItemID(int index, int newID)
         return false;
     }
     itemIDs[index] = newID;
+    itemIndex->Replaced(oldID, newID);
     return true;
 }
 
 void VtSymbolGroup::SortByID()
 {
     VTC::Sort(itemIDs.data(), itemIDs.data() + itemIDs.size());
+    itemIndex->Invalidate();
+}
+
+void VtSymbolGroup::EraseItems(int first, int count)
+{
+    itemIndex->Erasing(itemIDs, static_cast<std::size_t>(first), static_cast<std::size_t>(count));
+    itemIDs.erase(itemIDs.begin() + first, itemIDs.begin() + first + count);
 }
 
 // ---- The group record ----
@@ -475,6 +487,7 @@ void VtSymbolGroup::LoadRecord(VtStream& stream, unsigned int fileVersion, int d
     stream.ReadInt(itemCount);
     if (itemCount <= 0)
         return;
+    itemIndex->Invalidate();
     if (!CountFitsInStream(stream, itemCount, minItemRecordBytes)) {
         FailStream(stream);
         return;

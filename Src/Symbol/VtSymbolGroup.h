@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "LqBase.h"
@@ -10,6 +11,7 @@ using ZEDA::ZedaUnicodeString;
 
 class VtStream;
 class VtSymbolLib;
+class VtPositionIndex;
 
 // One node of a library's group tree: a name, owned child groups in their
 // order, and the IDs of the symbols filed here. An ID belongs to at most one
@@ -70,6 +72,7 @@ public:
 
 private:
     void LoadRecord(VtStream& stream, unsigned int fileVersion, int depth);
+    void EraseItems(int first, int count);
 
     ZedaUnicodeString groupName;
     unsigned char modified;
@@ -77,6 +80,8 @@ private:
     VtSymbolGroup* parentGroup;
     std::vector<VtSymbolGroup*> childGroups;
     std::vector<int> itemIDs;
+    // Where each ID stands in `itemIDs`.
+    std::unique_ptr<VtPositionIndex> itemIndex;
 };
 
 }  // namespace VTC

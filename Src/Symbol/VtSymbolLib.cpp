@@ -10,6 +10,7 @@
 #include "LqStream.h"
 #include "LqToolkit.h"
 #include "VtModuleLog_p.h"
+#include "VtPositionIndex_p.h"
 #include "VtSymbol.h"
 #include "VtSymbolGroup.h"
 
@@ -25,7 +26,8 @@ VtSymbolLib::VtSymbolLib()
       version(0),
       modified(0),
       storage(nullptr),
-      storageIsExternal(0)
+      storageIsExternal(0),
+      idIndex(std::make_unique<VtPositionIndex>())
 {
     rootGroup = new VtSymbolGroup(this);
     rootGroup->SetGroupName(u"RootGroup");
@@ -131,6 +133,7 @@ unsigned char VtSymbolLib::AddSymbol(VtSymbol* symbol, VtSymbolGroup* group)
     if (idGrowStep != 0 && idList.size() == idList.capacity())
         idList.reserve(idList.capacity() + idGrowStep);
     idList.push_back(id);
+    idIndex->Appended(idList);
     (group != nullptr ? group : rootGroup)->AddItem(id, 1);
     SetModifiedFlag(1);
     return 1;
@@ -143,6 +146,10 @@ void VtSymbolLib::InsertAt(int index, VtSymbol* symbol)
     // Every negative index widens to a huge unsigned value and so appends.
     const auto position = std::min<std::uint64_t>(static_cast<std::uint64_t>(index), idList.size());
     idList.insert(idList.begin() + static_cast<std::ptrdiff_t>(position), id);
+    if (position + 1 == idList.size())
+        idIndex->Appended(idList);
+    else
+        idIndex->Invalidate();
 }
 
 int VtSymbolLib::RemoveAt(int index, int count)
@@ -164,8 +171,10 @@ int VtSymbolLib::RemoveAt(int index, int count)
     const int removed = last - index + 1;
     if (removed == 0)
         return 0;
+    const auto erased = std::min<std::ptrdiff_t>(removed, static_cast<std::ptrdiff_t>(idList.size()) - index);
+    idIndex->Erasing(idList, static_cast<std::size_t>(index), static_cast<std::size_t>(erased));
     const auto first = idList.begin() + index;
-    idList.erase(first, first + std::min<std::ptrdiff_t>(removed, idList.end() - first));
+    idList.erase(first, first + erased);
     return removed;
 }
 
@@ -180,6 +189,7 @@ unsigned char VtSymbolLib::RemoveID(int id)
     }
     delete found->second;
     symbols.erase(found);
+    idIndex->Erasing(idList, static_cast<std::size_t>(position), 1);
     idList.erase(idList.begin() + position);
     return 1;
 }
@@ -191,6 +201,7 @@ void VtSymbolLib::RemoveAll()
     symbols.clear();
     rootGroup->Clear();
     std::vector<int>().swap(idList);
+    idIndex->Invalidate();
 }
 
 unsigned char VtSymbolLib::Swap(int index1, int index2)
@@ -204,12 +215,14 @@ unsigned char VtSymbolLib::Swap(int index1, int index2)
         return 0;
     }
     std::swap(idList[static_cast<std::size_t>(index1)], idList[static_cast<std::size_t>(index2)]);
+    idIndex->Swapped(idList, static_cast<std::size_t>(index1), static_cast<std::size_t>(index2));
     return 1;
 }
 
 void VtSymbolLib::SortByID()
 {
     Sort<int>(idList.data(), idList.data() + idList.size());
+    idIndex->Invalidate();
 }
 
 unsigned char VtSymbolLib::SetIDAt(int index, int newID)
@@ -236,6 +249,7 @@ unsigned char VtSymbolLib::SetIDAt(int index, int newID)
     }
     symbol->ID = newID;
     idList[static_cast<std::size_t>(index)] = newID;
+    idIndex->Replaced(oldID, newID);
     symbols.erase(found);
     symbols[newID] = symbol;
     return 1;
@@ -249,17 +263,15 @@ int VtSymbolLib::GetIDAt(int index) const
 
 int VtSymbolLib::GetMaxID() const
 {
-    return idList.empty() ? 0 : std::max(0, *std::ranges::max_element(idList));
+    return idList.empty() ? 0 : std::max(0, idIndex->Largest(idList));
 }
 
 int VtSymbolLib::FindID(int id) const
 {
-    const auto found = std::ranges::find(idList, id);
-    if (found == idList.end()) {
+    const int position = idIndex->Find(idList, id);
+    if (position == -1)
         symbolLibLog.Fail("EGa038");
-        return -1;
-    }
-    return static_cast<int>(found - idList.begin());
+    return position;
 }
 
 unsigned char VtSymbolLib::IsIDExisted(int id) const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <vector>
 
 #include "LqBase.h"
@@ -11,6 +12,7 @@ namespace VTC {
 class VtStream;
 class VtSymbolGroup;
 class VtCompactFile;
+class VtPositionIndex;
 
 // Abstract base of every symbol library: owns symbols by ID, keeps their user
 // order (the index) and names, owns the root of the group tree, and saves and
@@ -99,6 +101,8 @@ public:
     static constexpr unsigned int containerVersion = 20120328;
 
 protected:
+    // Derived libraries read `idList` freely but change it only through the
+    // registry operations, which keep the index of positions up to date.
     std::map<int, VtSymbol*> symbols;
     std::vector<int> idList;
     unsigned long long idGrowStep;
@@ -112,6 +116,9 @@ protected:
     unsigned char storageIsExternal;
 
 private:
+    // Where each ID stands in `idList`.
+    std::unique_ptr<VtPositionIndex> idIndex;
+
     unsigned char SaveToStreamFile(const ZedaUnicodeString& path, unsigned int fileVersion);
     unsigned char SaveToContainer(const ZedaUnicodeString& path);
     // Replaces `storage` with a new container at `path`; false when it cannot be made.
