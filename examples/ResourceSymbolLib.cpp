@@ -288,21 +288,25 @@ bool ResourceSymbolLib::AppendImage(VtStream& stream, unsigned char flag)
     if (!ImportResources(stream, fileVersion, parsed))
         return false;
 
-    // Old ID -> the group of this library that receives the symbol.
+    // Old ID -> the group of this library that receives the symbol. Stored
+    // groups are matched to this library's by name under matched parents,
+    // from a list rather than by recursion, as the tree may be of any depth.
     std::map<int, VtSymbolGroup*> destination;
-    auto mapGroups = [&destination](auto& self, const VtSymbolGroup& from, VtSymbolGroup& to) -> void {
-        for (int i = 0; i < from.GetItemCount(); ++i)
-            destination[from.GetItemID(i)] = &to;
-        for (int i = 0; i < from.GetChildGroupCount(); ++i) {
-            const VtSymbolGroup& child = *from.GetChildGroup(i);
-            const ZedaUnicodeString childName = child.GetGroupName();
-            VtSymbolGroup* target =
-                to.IsChildGroupExisted(childName) ? to.GetChildGroup(childName) : to.CreateChildGroup(childName);
-            self(self, child, *target);
-        }
-    };
+    std::vector<std::pair<VtSymbolGroup*, VtSymbolGroup*>> pending;
     if (flag)
-        mapGroups(mapGroups, tree, *rootGroup);
+        pending.emplace_back(&tree, rootGroup);
+    while (!pending.empty()) {
+        const auto [from, to] = pending.back();
+        pending.pop_back();
+        for (int i = 0; i < from->GetItemCount(); ++i)
+            destination[from->GetItemID(i)] = to;
+        for (int i = 0; i < from->GetChildGroupCount(); ++i) {
+            VtSymbolGroup* child = from->GetChildGroup(i);
+            const ZedaUnicodeString childName = child->GetGroupName();
+            pending.emplace_back(child, to->IsChildGroupExisted(childName) ? to->GetChildGroup(childName)
+                                                                           : to->CreateChildGroup(childName));
+        }
+    }
     for (auto& symbol : parsed) {
         const auto found = destination.find(symbol->ID);
         if (!AddSymbol(symbol.get(), found == destination.end() ? nullptr : found->second))

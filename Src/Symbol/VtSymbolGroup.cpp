@@ -19,28 +19,49 @@ bool HasLegacyValue(unsigned int fileVersion)
     return fileVersion - 1u < 20050302u;
 }
 
-// The smallest records a stream can hold: a group (name length, child count,
-// item count) and an item.
-constexpr long long minGroupRecordBytes = 12;
+// An item takes 4 bytes of a stream at least.
 constexpr long long minItemRecordBytes = 4;
 
-// Deeper records are taken as corrupt: every operation on the tree recurses.
-constexpr int maxLoadDepth = 1000;
+// What a tree walk does with a group it reaches.
+enum class WalkStep { descend, skip, stop };
 
-bool CountFitsInStream(const VtStream& stream, int count, long long minRecordBytes)
+// Walks the subtree of `start` depth first, in pre-order, without recursion,
+// so that a tree of any depth is walked on a small stack. `visit` decides for
+// each group: descend into its children (then `leave` is called once they are
+// all done), skip them (no `leave`), or stop the walk with this group as its
+// result. Returns null when the walk ends without a stop.
+template <typename Visit, typename Leave>
+VtSymbolGroup* Walk(VtSymbolGroup* start, Visit visit, Leave leave)
 {
-    return count <= stream.GetRemaining() / minRecordBytes;
+    struct Frame {
+        VtSymbolGroup* group;
+        int next;
+    };
+    std::vector<Frame> pending;
+    auto enter = [&](VtSymbolGroup* group) {
+        const WalkStep step = visit(*group);
+        if (step == WalkStep::descend)
+            pending.push_back({group, 0});
+        return step == WalkStep::stop;
+    };
+    if (enter(start))
+        return start;
+    while (!pending.empty()) {
+        Frame& top = pending.back();
+        if (top.next < top.group->GetChildGroupCount()) {
+            VtSymbolGroup* child = top.group->GetChildGroup(top.next++);
+            if (enter(child))
+                return child;
+        } else {
+            VtSymbolGroup* done = top.group;
+            pending.pop_back();
+            leave(*done);
+        }
+    }
+    return nullptr;
 }
 
-// Leaves the stream failed, as a read past its end does.
-void FailStream(VtStream& stream)
-{
-    if (stream.IsFailed())
-        return;
-    stream.SetPosition(0, 2);
-    int pastTheEnd = 0;
-    stream.ReadInt(pastTheEnd);
-}
+void LeaveQuietly(VtSymbolGroup&) {}
 
 // The last index of a run of `count` entries from `index` in an array of `size`.
 int LastIndexOfRun(int index, int count, int size)
@@ -62,13 +83,30 @@ VtSymbolGroup::~VtSymbolGroup()
     Clear();
 }
 
+// Subtrees are taken apart from a list of pending groups rather than by
+// recursion, so that a tree of any depth is deleted on a small stack.
 void VtSymbolGroup::Clear()
 {
     std::vector<int>().swap(itemIDs);
     itemIndex->Invalidate();
-    for (VtSymbolGroup* child : childGroups)
-        delete child;
-    std::vector<VtSymbolGroup*>().swap(childGroups);
+    DeleteChildren();
+}
+
+void VtSymbolGroup::DeleteChildren()
+{
+    std::vector<VtSymbolGroup*> pending;
+    pending.swap(childGroups);
+    while (!pending.empty()) {
+        VtSymbolGroup* group = pending.back();
+        pending.pop_back();
+        if (group == nullptr)
+            continue;
+        // A group moved under itself is its own child: it is deleted once.
+        std::erase(group->childGroups, group);
+        pending.insert(pending.end(), group->childGroups.begin(), group->childGroups.end());
+        group->childGroups.clear();
+        delete group;
+    }
 }
 
 VtSymbolGroup* VtSymbolGroup::GetParentGroup() const
@@ -140,14 +178,10 @@ VtSymbolGroup* VtSymbolGroup::GetChildGroup(const ZedaUnicodeString& name) const
 
 VtSymbolGroup* VtSymbolGroup::FindChildGroup(const ZedaUnicodeString& name) const
 {
-    if (groupName == name)
-        return const_cast<VtSymbolGroup*>(this);
-    for (VtSymbolGroup* child : childGroups) {
-        if (VtSymbolGroup* found = child->FindChildGroup(name))
-            return found;
-    }
-    symbolGroupLog.Fail("EGa044");
-    return nullptr;
+    return Walk(
+        const_cast<VtSymbolGroup*>(this),
+        [&name](VtSymbolGroup& group) { return group.groupName == name ? WalkStep::stop : WalkStep::descend; },
+        [](VtSymbolGroup&) { symbolGroupLog.Fail("EGa044"); });
 }
 
 bool VtSymbolGroup::IsChildGroupExisted(const ZedaUnicodeString& name)
@@ -206,7 +240,8 @@ bool VtSymbolGroup::MoveChildTo(int index, VtSymbolGroup* target)
     if (index < 0 || index >= GetChildGroupCount() || target == nullptr)
         return false;
     VtSymbolGroup* child = childGroups[index];
-    for (const VtSymbolGroup* p = target->GetParentGroup(); p != nullptr; p = p->GetParentGroup()) {
+    // The walk up stops at a group moved under itself, which is its own parent.
+    for (const VtSymbolGroup* p = target->GetParentGroup(); p != nullptr; p = p == p->parentGroup ? nullptr : p->parentGroup) {
         if (p == child)
             return false;
     }
@@ -224,16 +259,12 @@ bool VtSymbolGroup::RemoveChild(int index, unsigned char keepContents)
         symbolGroupLog.Fail("EDb009");
         return false;
     }
-    VtSymbolGroup* child = childGroups[index];
-    const int grandchildCount = child->GetChildGroupCount();
     if (!keepContents) {
-        // The index runs on while the remaining grandchildren shift down, so
-        // only every other one is removed here with its symbols; the rest go
-        // with the child below and leave their symbols in the library.
-        for (int i = 0; i < grandchildCount; ++i)
-            child->RemoveChild(i, false);
-        child->RemoveItem(0, child->GetItemCount());
-    } else {
+        RemoveChildWithSymbols(index);
+        return true;
+    }
+    VtSymbolGroup* child = childGroups[index];
+    {
         const ZedaUnicodeString childName = child->GetGroupName();
         for (VtSymbolGroup* grandchild : child->childGroups) {
             const ZedaUnicodeString grandchildName = grandchild->GetGroupName();
@@ -248,6 +279,41 @@ bool VtSymbolGroup::RemoveChild(int index, unsigned char keepContents)
     childGroups.erase(childGroups.begin() + index);
     delete child;
     return true;
+}
+
+// Child `index` goes with the symbols of its items. Each removal first removes
+// the grandchildren at 0, 1, ... of the child's count taken beforehand; the
+// index runs on while the remaining ones shift down, so every other one goes
+// with its symbols, and each index past the end logs "EDb009". What is left
+// goes with the child and leaves its symbols in the library, belonging to no
+// group. The nested removals are frames of a list rather than recursive
+// calls, so that a subtree of any depth is removed on a small stack.
+void VtSymbolGroup::RemoveChildWithSymbols(int index)
+{
+    struct Removal {
+        VtSymbolGroup* parent;
+        int index;
+        int grandchildCount;
+        int next;
+    };
+    std::vector<Removal> pending{{this, index, childGroups[index]->GetChildGroupCount(), 0}};
+    while (!pending.empty()) {
+        Removal& removal = pending.back();
+        VtSymbolGroup* child = removal.parent->childGroups[removal.index];
+        if (removal.next < removal.grandchildCount) {
+            const int grandchild = removal.next++;
+            if (grandchild >= child->GetChildGroupCount()) {
+                symbolGroupLog.Fail("EDb009");
+                continue;
+            }
+            pending.push_back({child, grandchild, child->childGroups[grandchild]->GetChildGroupCount(), 0});
+            continue;
+        }
+        child->RemoveItem(0, child->GetItemCount());
+        removal.parent->childGroups.erase(removal.parent->childGroups.begin() + removal.index);
+        pending.pop_back();
+        delete child;
+    }
 }
 
 // ---- Items ----
@@ -280,24 +346,24 @@ int VtSymbolGroup::FindItemID(int id) const
     return position;
 }
 
+namespace {
+
+// Stops a walk at the first group that holds `id`.
+auto HolderOf(int id)
+{
+    return [id](VtSymbolGroup& group) { return group.FindItemID(id) != -1 ? WalkStep::stop : WalkStep::descend; };
+}
+
+}  // namespace
+
 bool VtSymbolGroup::IsExistID(int id) const
 {
-    if (FindItemID(id) != -1)
-        return true;
-    return std::any_of(childGroups.begin(), childGroups.end(),
-                       [id](const VtSymbolGroup* child) { return child->IsExistID(id); });
+    return Walk(const_cast<VtSymbolGroup*>(this), HolderOf(id), LeaveQuietly) != nullptr;
 }
 
 VtSymbolGroup* VtSymbolGroup::FindChildGroupWithID(int id) const
 {
-    if (FindItemID(id) != -1)
-        return const_cast<VtSymbolGroup*>(this);
-    for (VtSymbolGroup* child : childGroups) {
-        if (VtSymbolGroup* found = child->FindChildGroupWithID(id))
-            return found;
-    }
-    symbolGroupLog.Fail("EGa041");
-    return nullptr;
+    return Walk(const_cast<VtSymbolGroup*>(this), HolderOf(id), [](VtSymbolGroup&) { symbolGroupLog.Fail("EGa041"); });
 }
 
 bool VtSymbolGroup::AddItem(int id, unsigned char moveIfGrouped)
@@ -342,26 +408,30 @@ int VtSymbolGroup::RemoveItem(int index, int count)
 
 void VtSymbolGroup::RemoveItemOnlyInGroup(int id)
 {
-    const int position = FindItemID(id);
-    if (position != -1)
-        EraseItems(position, 1);
-    for (VtSymbolGroup* child : childGroups)
-        child->RemoveItemOnlyInGroup(id);
+    Walk(
+        this,
+        [id](VtSymbolGroup& group) {
+            const int position = group.FindItemID(id);
+            if (position != -1)
+                group.EraseItems(position, 1);
+            return WalkStep::descend;
+        },
+        LeaveQuietly);
 }
 
+// The first holder in pre-order gives up the item; when the library then
+// refuses to remove the symbol, the search goes on after that holder's
+// subtree, and only groups searched in full log "EGa022".
 bool VtSymbolGroup::RemoveSymbol(int id)
 {
-    const int position = FindItemID(id);
-    if (position != -1) {
-        EraseItems(position, 1);
-        return attachedLib->RemoveID(id) != 0;
-    }
-    for (VtSymbolGroup* child : childGroups) {
-        if (child->RemoveSymbol(id))
-            return true;
-    }
-    symbolGroupLog.Fail("EGa022");
-    return false;
+    const auto removeHere = [id](VtSymbolGroup& group) {
+        const int position = group.FindItemID(id);
+        if (position == -1)
+            return WalkStep::descend;
+        group.EraseItems(position, 1);
+        return group.attachedLib->RemoveID(id) != 0 ? WalkStep::stop : WalkStep::skip;
+    };
+    return Walk(this, removeHere, [](VtSymbolGroup&) { symbolGroupLog.Fail("EGa022"); }) != nullptr;
 }
 
 bool VtSymbolGroup::MoveItemTo(int id, VtSymbolGroup* target)
@@ -435,70 +505,83 @@ void VtSymbolGroup::EraseItems(int first, int count)
 
 void VtSymbolGroup::Save(VtStream& stream, unsigned int fileVersion, int legacyValue) const
 {
-    stream << groupName;
-    if (HasLegacyValue(fileVersion))
-        stream.WriteInt(legacyValue);
-    const int childCount = GetChildGroupCount();
-    stream.WriteInt(childCount);
-    for (const VtSymbolGroup* child : childGroups)
-        child->Save(stream, fileVersion, 0);
-    const int itemCount = GetItemCount();
-    stream.WriteInt(itemCount);
-    for (const int& id : itemIDs)
-        stream.WriteInt(id);
+    const VtSymbolGroup* top = this;
+    const auto writeHead = [&](VtSymbolGroup& group) {
+        stream << group.groupName;
+        if (HasLegacyValue(fileVersion))
+            stream.WriteInt(&group == top ? legacyValue : 0);
+        const int childCount = group.GetChildGroupCount();
+        stream.WriteInt(childCount);
+        return WalkStep::descend;
+    };
+    const auto writeItems = [&stream](VtSymbolGroup& group) {
+        const int itemCount = group.GetItemCount();
+        stream.WriteInt(itemCount);
+        for (const int& id : group.itemIDs)
+            stream.WriteInt(id);
+    };
+    Walk(const_cast<VtSymbolGroup*>(this), writeHead, writeItems);
 }
 
+// Records nest as deep as the tree: the groups being read are frames of a
+// list rather than recursive calls. Each child is stored with whatever its
+// record gave before the stream ran out; no further child is made once the
+// stream has failed, and items are read as long as it holds them, so a
+// damaged count never allocates more than the stream can fill.
 void VtSymbolGroup::Load(VtStream& stream, unsigned int fileVersion)
 {
-    LoadRecord(stream, fileVersion, 0);
+    struct Pending {
+        VtSymbolGroup* group;
+        int childrenLeft;
+    };
+    std::vector<Pending> pending;
+    const auto readHead = [&](VtSymbolGroup& group) {
+        stream >> group.groupName;
+        if (HasLegacyValue(fileVersion)) {
+            int legacyValue = 0;
+            stream.ReadInt(legacyValue);
+        }
+        int childCount = 0;
+        stream.ReadInt(childCount);
+        if (childCount > 0)
+            group.DeleteChildren();
+        pending.push_back({&group, std::max(childCount, 0)});
+    };
+    readHead(*this);
+    while (!pending.empty()) {
+        Pending& top = pending.back();
+        // A child record takes at least its name's length: none begins at the end.
+        if (top.childrenLeft > 0 && !stream.IsFailed() && stream.GetRemaining() > 0) {
+            --top.childrenLeft;
+            VtSymbolGroup* parent = top.group;
+            auto* child = new VtSymbolGroup(parent->attachedLib);
+            child->SetParentGroup(parent);
+            parent->childGroups.push_back(child);
+            readHead(*child);
+        } else {
+            VtSymbolGroup* group = top.group;
+            pending.pop_back();
+            group->LoadItems(stream);
+        }
+    }
 }
 
-// A count that the rest of the stream cannot hold, a failed read or a record
-// nested too deeply stops the load with the stream failed; the group keeps
-// the children read in full and the items read, never a null entry.
-void VtSymbolGroup::LoadRecord(VtStream& stream, unsigned int fileVersion, int depth)
+void VtSymbolGroup::LoadItems(VtStream& stream)
 {
-    stream >> groupName;
-    if (HasLegacyValue(fileVersion)) {
-        int legacyValue = 0;
-        stream.ReadInt(legacyValue);
-    }
-    int childCount = 0;
-    stream.ReadInt(childCount);
-    if (childCount > 0) {
-        if (depth >= maxLoadDepth || !CountFitsInStream(stream, childCount, minGroupRecordBytes)) {
-            FailStream(stream);
-            return;
-        }
-        childGroups.resize(childCount);
-        for (int i = 0; i < childCount; ++i) {
-            auto* child = new VtSymbolGroup(attachedLib);
-            child->SetParentGroup(this);
-            child->LoadRecord(stream, fileVersion, depth + 1);
-            if (stream.IsFailed()) {
-                delete child;
-                childGroups.resize(i);
-                return;
-            }
-            childGroups[i] = child;
-        }
-    }
     int itemCount = 0;
     stream.ReadInt(itemCount);
     if (itemCount <= 0)
         return;
-    itemIndex->Invalidate();
-    if (!CountFitsInStream(stream, itemCount, minItemRecordBytes)) {
-        FailStream(stream);
-        return;
-    }
-    itemIDs.resize(itemCount);
+    std::vector<int> items;
+    items.reserve(static_cast<std::size_t>(std::min<long long>(itemCount, stream.GetRemaining() / minItemRecordBytes)));
     for (int i = 0; i < itemCount; ++i) {
-        if (!stream.ReadInt(itemIDs[i])) {
-            itemIDs.resize(i);
-            return;
-        }
+        int id = 0;
+        if (!stream.ReadInt(id))
+            break;
+        items.push_back(id);
     }
+    itemIDs = std::move(items);
+    itemIndex->Invalidate();
 }
 
 }  // namespace VTC

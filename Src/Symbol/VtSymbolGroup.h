@@ -71,7 +71,9 @@ public:
     void Load(VtStream& stream, unsigned int fileVersion);
 
 private:
-    void LoadRecord(VtStream& stream, unsigned int fileVersion, int depth);
+    void DeleteChildren();
+    void RemoveChildWithSymbols(int index);
+    void LoadItems(VtStream& stream);
     void EraseItems(int first, int count);
 
     ZedaUnicodeString groupName;
