@@ -8,6 +8,7 @@
 #include "LqCompactFile.h"
 #include "LqStream.h"
 #include "LqToolkit.h"
+#include "VtCacheSection.h"
 #include "VtSymbolGroup.h"
 
 namespace LqExample {
@@ -194,29 +195,15 @@ bool ResourceSymbolLib::CheckTree(const VtSymbolGroup& root, const std::vector<i
 // or exactly one complete section.
 bool ResourceSymbolLib::ScanCacheSection(VtStream& stream, CacheSection& section)
 {
-    const long long start = stream.GetPosition();
     section = {};
     if (stream.GetRemaining() == 0)
         return true;
-    ZedaUnicodeString marker;
-    stream >> marker;
-    long long stampBytes = -1;
-    if (stream.IsFailed() || marker != ZedaUnicodeString(u"Cache") || !stream.ReadInt64(stampBytes) ||
-        stampBytes < 0 || stampBytes > stream.GetRemaining())
-        return Fail("EXl004", "the data after the group tree is not a cache section", __LINE__);
-    std::string stamp(static_cast<std::size_t>(stampBytes), '\0');
-    stream.Load(reinterpret_cast<unsigned char*>(stamp.data()), static_cast<unsigned long>(stampBytes));
-    for (std::size_t i = 0; i < stamp.size(); i += 2)
-        section.stamp += stamp[i];
-    for (long long* length : {&section.dataBytes, &section.indexBytes}) {
-        if (!stream.ReadInt64(*length) || *length <= 0 || *length > stream.GetRemaining() ||
-            !stream.SetPosition(*length, 1))
-            return Fail("EXl004", "the cache section is truncated or damaged", __LINE__);
-    }
-    if (stream.GetRemaining() != 0)
+    VTC::VtCacheSectionLayout layout;
+    if (!VTC::VtCacheSection::Scan(stream, layout))
+        return Fail("EXl004", "the data after the group tree is not a complete cache section", __LINE__);
+    if (layout.bytes != stream.GetRemaining())
         return Fail("EXl004", "unexpected data after the cache section", __LINE__);
-    section.present = true;
-    stream.SetPosition(start, 0);
+    section = {true, layout.stamp.ToUtf8(), layout.firstLength, layout.secondLength};
     return true;
 }
 
@@ -339,8 +326,7 @@ bool ResourceSymbolLib::ImportResources(VtStream& stream, unsigned int fileVersi
     ZedaUnicodeString lockPath = ResourceCache::LockPath(scratch.Base());
     ZedaUnicodeString dataPath = ResourceCache::DataPath(scratch.Base());
     ZedaUnicodeString indexPath = ResourceCache::IndexPath(scratch.Base());
-    ZedaUnicodeString marker;
-    stream >> marker;
+    VTC::VtCacheSection::ReadMarker(stream);  // checked by the scan above
     if (!LoadLockFileFromStream(stream, lockPath))
         return Fail("EXl004", "the cache section belongs to another kind of library", __LINE__);
     CopyStreamToCache(stream, dataPath);

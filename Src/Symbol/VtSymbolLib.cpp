@@ -9,6 +9,7 @@
 #include "LqCompactFile.h"
 #include "LqStream.h"
 #include "LqToolkit.h"
+#include "VtCacheSection.h"
 #include "VtModuleLog_p.h"
 #include "VtPositionIndex_p.h"
 #include "VtSymbol.h"
@@ -537,8 +538,6 @@ unsigned char VtSymbolLib::AppendFromFile(const ZedaUnicodeString& path, unsigne
 namespace {
 
 constexpr long long kChunkSize = 2 * 1024 * 1024;
-// "Marker", the longest stamp word, in bytes.
-constexpr long long kLongestStampBytes = 12;
 
 ZedaUnicodeString StampWord(int libType)
 {
@@ -559,22 +558,6 @@ std::vector<unsigned char> LittleEndianUnits(const ZedaUnicodeString& text)
     return bytes;
 }
 
-// Reads `count` bytes as little-endian UTF-16 code units; an odd last byte is
-// dropped. Only a text as long as a stamp word can refuse a cache section, so
-// a longer stamp is not read into memory: it yields an empty text and its
-// bytes are left for the caller to skip.
-ZedaUnicodeString ReadStampText(VtStream& stream, long long count)
-{
-    if (count > kLongestStampBytes)
-        return g_stStringBlank;
-    std::vector<unsigned char> bytes(static_cast<std::size_t>(count), 0);
-    stream.Load(bytes.data(), static_cast<unsigned long>(count));
-    std::u16string units;
-    for (std::size_t i = 0; i + 1 < bytes.size(); i += 2)
-        units.push_back(static_cast<char16_t>(bytes[i] | (bytes[i + 1] << 8)));
-    return ZedaUnicodeString(std::move(units));
-}
-
 // Moves `count` bytes in chunks of at most 2 MiB through one buffer that is
 // zero-filled before each chunk, so a short read still moves `count` bytes.
 void CopyInChunks(VtStream& from, VtStream& to, long long count)
@@ -587,12 +570,6 @@ void CopyInChunks(VtStream& from, VtStream& to, long long count)
         to.Save(buffer.data(), chunk);
         count -= static_cast<long long>(chunk);
     }
-}
-
-// A stored length cut to what the rest of the stream can hold.
-long long ReadableLength(const VtStream& stream, long long stored)
-{
-    return std::clamp(stored, 0LL, stream.GetRemaining());
 }
 
 }  // namespace
@@ -649,13 +626,7 @@ void VtSymbolLib::LoadCacheFromLib(VtStream& stream)
         return;
     }
 
-    ZedaUnicodeString marker;
-    try {
-        stream >> marker;
-    } catch (...) {
-        // A stream that throws holds no cache section; the marker test below rewinds.
-    }
-    if (marker != u"Cache") {
+    if (!VtCacheSection::ReadMarker(stream)) {
         stream.SetPosition(start, 0);
         return;
     }
@@ -689,11 +660,10 @@ unsigned char VtSymbolLib::LoadLockFileFromStream(VtStream& stream, ZedaUnicodeS
         lockFile.Close();
         return 1;
     }
-    long long storedLength = 0;
-    stream.ReadInt64(storedLength);
+    long long stampLength = 0;
+    VtCacheSection::ReadLength(stream, stampLength);
     const long long stampStart = stream.GetPosition();
-    const long long stampLength = ReadableLength(stream, storedLength);
-    const ZedaUnicodeString stamp = ReadStampText(stream, stampLength);
+    const ZedaUnicodeString stamp = VtCacheSection::ReadStamp(stream, stampLength);
     const int libType = GetLibType();
     if ((stamp == u"Marker" && libType != 0) || (stamp == u"Line" && libType != 1)) {
         lockFile.Close();
@@ -727,10 +697,9 @@ void VtSymbolLib::CopyStreamToCache(VtStream& stream, ZedaUnicodeString& path) c
         file.Close();
         return;
     }
-    long long storedLength = 0;
-    stream.ReadInt64(storedLength);
+    long long length = 0;
+    VtCacheSection::ReadLength(stream, length);
     const long long start = stream.GetPosition();
-    const long long length = ReadableLength(stream, storedLength);
     CopyInChunks(stream, file, length);
     stream.SetPosition(start + length, 0);
     file.Close();

@@ -4,9 +4,13 @@
 #include <tuple>
 
 #include "LibraryTestSupport.h"
+#include "VtCacheSection.h"
 
 namespace lqtest {
 namespace {
+
+using VTC::VtCacheSection;
+using VTC::VtCacheSectionLayout;
 
 constexpr long long kChunk = 2 * 1024 * 1024;
 
@@ -114,6 +118,39 @@ TEST_F(LibraryFileTest, CacheSectionsCarryHalfTheStampAndEitherKindReadsThem)
     CacheLibrary lib;
     VtFile::Delete(VtFile::ChangeExt(MakeCache(lib, "x"), u"lock"));
     EXPECT_TRUE(SavedSection(lib).empty());
+}
+
+// The section's reader gives its fields without copying the files, only for
+// a section that is there in full, and leaves the stream where it was.
+TEST_F(LibraryFileTest, ScanReadsTheFieldsOfCompleteSectionsOnly)
+{
+    const Bytes section = Section().Str("Cache").Int64(6).Units("Mar").File("data").File("index!").data;
+    Bytes stream{'i', 'm', 'g'};
+    stream.insert(stream.end(), section.begin(), section.end());
+    for (std::size_t cut = 3; cut <= stream.size(); ++cut) {
+        SCOPED_TRACE(cut);
+        ReadStream reader(Bytes(stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(cut)));
+        reader.SetPosition(3, 0);
+        VtCacheSectionLayout layout;
+        EXPECT_EQ(VtCacheSection::Scan(reader, layout), cut == stream.size());
+        EXPECT_EQ(reader.GetPosition(), 3);
+        EXPECT_FALSE(reader.IsFailed());
+        if (cut == stream.size()) {
+            EXPECT_EQ(layout.stamp, ZedaUnicodeString(u"Mar"));
+            EXPECT_EQ(layout.firstLength, 4);
+            EXPECT_EQ(layout.secondLength, 6);
+            EXPECT_EQ(layout.bytes, static_cast<long long>(section.size()));
+        }
+    }
+    // Another marker, an empty file or a negative length is no section either.
+    for (const Bytes& bad : {Section().Str("Cachf").Int64(0).File("a").File("b").data,
+                             Section().Str("Cache").Int64(0).File("").File("b").data,
+                             Section().Str("Cache").Int64(-2).File("a").File("b").data}) {
+        ReadStream reader(bad);
+        VtCacheSectionLayout layout;
+        EXPECT_FALSE(VtCacheSection::Scan(reader, layout));
+        EXPECT_EQ(reader.GetPosition(), 0);
+    }
 }
 
 // Whatever follows the image, the old cache goes; only a section whose stamp
