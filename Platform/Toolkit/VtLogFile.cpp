@@ -1,10 +1,14 @@
 #include "VtLogFile.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <deque>
 #include <mutex>
+#include <string_view>
+#include <unordered_map>
 
 namespace VTC {
 
@@ -28,31 +32,61 @@ LogFileHandle OpenForAppend(const std::string& path)
     return file;
 }
 
-// A record as kept in memory: its texts copied into fixed fields, so that
-// recording never allocates. Codes and sources are short names; longer ones
-// keep their first bytes.
+// The texts of records (codes and sources), each kept once; records refer to
+// them by number. The texts a program logs are a handful of fixed strings, so
+// after the first record of each, recording neither allocates nor copies text:
+// a small cache by address finds the number, checked against the text.
+class TextTable {
+public:
+    static constexpr std::uint16_t full = 0xFFFF;  // the number of every text past the table's size
+
+    std::uint16_t Number(const char* text)
+    {
+        if (text == nullptr)
+            text = "";
+        Recent& recent = recent_[(reinterpret_cast<std::uintptr_t>(text) >> 3) % recent_.size()];
+        if (recent.text == text && Text(recent.number) == text)
+            return recent.number;
+        const auto found = numbers_.find(std::string_view(text));
+        std::uint16_t number = full;
+        if (found != numbers_.end()) {
+            number = found->second;
+        } else if (texts_.size() < full) {
+            number = static_cast<std::uint16_t>(texts_.size());
+            texts_.emplace_back(text);
+            numbers_.emplace(texts_.back(), number);
+        }
+        recent = {text, number};
+        return number;
+    }
+
+    const std::string& Text(std::uint16_t number) const
+    {
+        static const std::string tooMany = "(more distinct texts than the log keeps)";
+        return number == full ? tooMany : texts_[number];
+    }
+
+private:
+    struct Hash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
+    };
+    struct Recent {
+        const char* text = nullptr;
+        std::uint16_t number = 0;
+    };
+
+    std::deque<std::string> texts_;  // never moved, so the map's keys stay valid
+    std::unordered_map<std::string_view, std::uint16_t, Hash, std::equal_to<>> numbers_;
+    std::array<Recent, 64> recent_{};
+};
+
+// A record as kept in memory: its texts by number.
 struct StoredRecord {
     int level = 0;
     int line = 0;
-    char code[16] = {};
-    char source[48] = {};
-
-    static void CopyText(char* field, std::size_t size, const char* text)
-    {
-        const std::size_t length = text ? strnlen(text, size - 1) : 0;
-        std::memcpy(field, text ? text : "", length);
-        field[length] = '\0';
-    }
-
-    StoredRecord() = default;
-    StoredRecord(int recordLevel, const char* recordCode, const char* recordSource, int recordLine)
-        : level(recordLevel), line(recordLine)
-    {
-        CopyText(code, sizeof code, recordCode);
-        CopyText(source, sizeof source, recordSource);
-    }
-
-    VtLogRecord ToRecord() const { return {level, code, source, line}; }
+    std::uint16_t code = 0;
+    std::uint16_t source = 0;
 };
 
 // The newest `capacity` records. Storage grows up to the capacity, then the
@@ -75,12 +109,14 @@ public:
         start_ = (start_ + 1) % capacity_;
     }
 
-    std::vector<VtLogRecord> Records() const
+    std::vector<VtLogRecord> Records(const TextTable& texts) const
     {
         std::vector<VtLogRecord> records;
         records.reserve(count_);
-        for (std::size_t i = 0; i < count_; ++i)
-            records.push_back(slots_[(start_ + i) % slots_.size()].ToRecord());
+        for (std::size_t i = 0; i < count_; ++i) {
+            const StoredRecord& record = slots_[(start_ + i) % slots_.size()];
+            records.push_back({record.level, texts.Text(record.code), texts.Text(record.source), record.line});
+        }
         return records;
     }
 
@@ -117,6 +153,7 @@ private:
 
 struct VtLogFile::State {
     mutable std::mutex mutex;
+    TextTable texts;
     RecordRing ring;
     LogFileHandle file;
 };
@@ -138,17 +175,19 @@ VtLogFile::~VtLogFile() = default;
 
 void VtLogFile::RecordLog(int level, const char* code, const char* source, int line)
 {
-    const StoredRecord record(level, code, source, line);
     const std::lock_guard lock(state_->mutex);
-    if (state_->file)
-        std::fprintf(state_->file.get(), "%d %s %s:%d\n", level, record.code, record.source, line);
+    const StoredRecord record{level, line, state_->texts.Number(code), state_->texts.Number(source)};
+    if (state_->file) {
+        std::fprintf(state_->file.get(), "%d %s %s:%d\n", level, state_->texts.Text(record.code).c_str(),
+                     state_->texts.Text(record.source).c_str(), line);
+    }
     state_->ring.Push(record);
 }
 
 std::vector<VtLogRecord> VtLogFile::GetRecords() const
 {
     const std::lock_guard lock(state_->mutex);
-    return state_->ring.Records();
+    return state_->ring.Records(state_->texts);
 }
 
 std::size_t VtLogFile::GetRecordCount() const

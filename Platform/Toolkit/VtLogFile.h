@@ -18,10 +18,10 @@ struct LQ_EXPORT VtLogRecord {
 };
 
 // The process-wide log. The most recent records are kept in memory (100,000 by
-// default) without an allocation per record; a file receives them too, through
-// a buffer, when one is set with SetLogPath or the environment variable
-// LQ_LOG_FILE. A code keeps its first 15 bytes and a source its first 47.
-// Thread-safe.
+// default), 12 bytes each, with their codes and sources kept once (up to 65,534
+// distinct texts) so that recording does not allocate; a file receives them
+// too, through a buffer, when one is set with SetLogPath or the environment
+// variable LQ_LOG_FILE. Thread-safe.
 class LQ_EXPORT VtLogFile {
 public:
     // The one instance; the flag is accepted for compatibility and ignored.

@@ -50,19 +50,26 @@ TEST(VtLogFile, KeepsTheNewestRecordsInOrderAndWritesThemWhileAFileIsSet)
     log->ClearRecords();
 }
 
-TEST(VtLogFile, KeepsTheFixedLengthOfTextsAndWritesBufferedLinesOnFlush)
+TEST(VtLogFile, KeepsTextsWholeReadsThemAtEachCallAndWritesBufferedLinesOnFlush)
 {
     VtLogFile* log = VtLogFile::GetInstance(false);
     lqtest::TempDir dir;
     log->ClearRecords();
     ASSERT_TRUE(log->SetLogPath(dir.Path("log.txt").string()));
-    const std::string longSource(60, 's');
+    const std::string longSource(300, 's');
     log->RecordLog(300, "ABCDEFGHIJKLMNOPQRST", longSource.c_str(), 3);
+    // A buffer whose text changes between calls is read anew each time.
+    char code[] = "EGa001";
+    log->RecordLog(300, code, "src", 4);
+    code[5] = '2';
+    log->RecordLog(300, code, "src", 5);
     log->Flush();
     std::stringstream written;
     written << std::ifstream(dir.Path("log.txt")).rdbuf();
-    EXPECT_EQ(written.str(), "300 ABCDEFGHIJKLMNO " + std::string(47, 's') + ":3\n");
+    EXPECT_EQ(written.str(), "300 ABCDEFGHIJKLMNOPQRST " + longSource + ":3\n300 EGa001 src:4\n300 EGa002 src:5\n");
     ASSERT_TRUE(log->SetLogPath(""));
-    EXPECT_EQ(log->GetRecords(), (std::vector<VtLogRecord>{{300, "ABCDEFGHIJKLMNO", std::string(47, 's'), 3}}));
+    EXPECT_EQ(log->GetRecords(), (std::vector<VtLogRecord>{{300, "ABCDEFGHIJKLMNOPQRST", longSource, 3},
+                                                           {300, "EGa001", "src", 4},
+                                                           {300, "EGa002", "src", 5}}));
     log->ClearRecords();
 }
