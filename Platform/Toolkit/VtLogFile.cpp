@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <deque>
 #include <mutex>
 #include <string_view>
@@ -45,7 +46,7 @@ public:
         if (text == nullptr)
             text = "";
         Recent& recent = recent_[(reinterpret_cast<std::uintptr_t>(text) >> 3) % recent_.size()];
-        if (recent.text == text && Text(recent.number) == text)
+        if (recent.text == text && SameText(Text(recent.number), text))
             return recent.number;
         const auto found = numbers_.find(std::string_view(text));
         std::uint16_t number = full;
@@ -67,6 +68,12 @@ public:
     }
 
 private:
+    // Stops at the first difference, so a short text is never read past its end.
+    static bool SameText(const std::string& kept, const char* text)
+    {
+        return std::strncmp(kept.c_str(), text, kept.size() + 1) == 0;
+    }
+
     struct Hash {
         using is_transparent = void;
         std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
