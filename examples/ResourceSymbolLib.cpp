@@ -203,7 +203,11 @@ bool ResourceSymbolLib::ScanCacheSection(VtStream& stream, CacheSection& section
         return Fail("EXl004", "the data after the group tree is not a complete cache section", __LINE__);
     if (layout.bytes != stream.GetRemaining())
         return Fail("EXl004", "unexpected data after the cache section", __LINE__);
-    section = {true, layout.stamp.ToUtf8(), layout.firstLength, layout.secondLength};
+    // The stamp as the file has it: the bytes of the stored units, which need not be text.
+    std::string stamp;
+    for (const char16_t unit : layout.stamp.Str())
+        stamp.push_back(static_cast<char>(unit & 0xFF));
+    section = {true, stamp, layout.firstLength, layout.secondLength};
     return true;
 }
 
