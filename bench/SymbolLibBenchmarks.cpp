@@ -92,14 +92,26 @@ void BM_AddSymbols(benchmark::State& state)
     SetCounters(state, n);
 }
 
-// Each symbol's position from its ID, and the symbol at that position.
-void BM_FindByPosition(benchmark::State& state)
+// Each symbol's position from its ID.
+void BM_FindPositions(benchmark::State& state)
 {
     const int n = static_cast<int>(state.range(0));
     FilledLibrary filled(n);
     for (auto _ : state) {
         for (int id = 1; id <= n; ++id)
-            benchmark::DoNotOptimize(filled.lib.GetSymbolAt(filled.lib.FindID(id)));
+            benchmark::DoNotOptimize(filled.lib.FindID(id));
+    }
+    SetCounters(state, n);
+}
+
+// The symbol at each position (the ordered map of symbols by ID).
+void BM_SymbolsByPosition(benchmark::State& state)
+{
+    const int n = static_cast<int>(state.range(0));
+    FilledLibrary filled(n);
+    for (auto _ : state) {
+        for (int position = 0; position < n; ++position)
+            benchmark::DoNotOptimize(filled.lib.GetSymbolAt(position));
     }
     SetCounters(state, n);
 }
@@ -194,7 +206,8 @@ void SymbolCounts(benchmark::internal::Benchmark* benchmark)
 }
 
 BENCHMARK(BM_AddSymbols)->Apply(SymbolCounts);
-BENCHMARK(BM_FindByPosition)->Apply(SymbolCounts);
+BENCHMARK(BM_FindPositions)->Apply(SymbolCounts);
+BENCHMARK(BM_SymbolsByPosition)->Apply(SymbolCounts);
 BENCHMARK(BM_MoveSymbols)->Apply(SymbolCounts);
 BENCHMARK(BM_RemoveSymbols)->Apply(SymbolCounts);
 BENCHMARK(BM_SaveMarkers)->Arg(streamForm)->Arg(MarkerSymbolLib::containerVersion)->Unit(benchmark::kMillisecond);

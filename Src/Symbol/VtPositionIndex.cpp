@@ -37,18 +37,48 @@ std::size_t VtSlotTable::Position(int key) const
 
 std::uint32_t VtSlotTable::Find(int key) const
 {
-    return entries_.empty() ? none : entries_[Position(key)].slot;
+    return entries_.empty() || !MayHold(key) ? none : entries_[Position(key)].slot;
+}
+
+std::size_t VtSlotTable::FilterBit(int key) const
+{
+    // Another multiplier than the table's, so that keys sharing a run rarely share a bit.
+    return (static_cast<std::uint32_t>(key) * 0x85EBCA6Bu) >> (shift_ - 3);
+}
+
+bool VtSlotTable::MayHold(int key) const
+{
+    const std::size_t bit = FilterBit(key);
+    return ((filter_[bit / 64] >> (bit % 64)) & 1u) != 0;
+}
+
+void VtSlotTable::Mark(int key)
+{
+    const std::size_t bit = FilterBit(key);
+    filter_[bit / 64] |= std::uint64_t{1} << (bit % 64);
+}
+
+// Clears the bits that erased keys left behind.
+void VtSlotTable::RebuildFilter()
+{
+    std::fill(filter_.begin(), filter_.end(), 0);
+    for (const Entry& entry : entries_) {
+        if (entry.slot != none)
+            Mark(entry.key);
+    }
+    erasedSinceFilter_ = 0;
 }
 
 bool VtSlotTable::Insert(int key, std::uint32_t slot)
 {
-    if (2 * (used_ + 1) > entries_.size())
+    if (4 * (used_ + 1) > 3 * entries_.size())
         Grow();
     Entry& entry = entries_[Position(key)];
     if (entry.slot != none)
         return false;
     entry = {key, slot};
     ++used_;
+    Mark(key);
     return true;
 }
 
@@ -71,6 +101,8 @@ void VtSlotTable::Erase(int key)
     }
     entries_[hole] = Entry{};
     --used_;
+    if (++erasedSinceFilter_ > entries_.size() / 4)
+        RebuildFilter();
 }
 
 void VtSlotTable::SwapSlots(int a, int b)
@@ -82,12 +114,14 @@ void VtSlotTable::Clear(std::size_t expected)
 {
     std::size_t size = 16;
     shift_ = 28;
-    while (size < 2 * expected) {
+    while (3 * size < 4 * expected) {
         size *= 2;
         --shift_;
     }
     entries_.assign(size, Entry{});
     used_ = 0;
+    filter_.assign(size * 8 / 64, 0);
+    erasedSinceFilter_ = 0;
 }
 
 void VtSlotTable::Grow()
@@ -97,6 +131,7 @@ void VtSlotTable::Grow()
     for (const Entry& entry : old) {
         if (entry.slot != none) {
             entries_[Position(entry.key)] = entry;
+            Mark(entry.key);
             ++used_;
         }
     }
@@ -216,6 +251,7 @@ void VtPositionIndex::Rebuild(const std::vector<int>& values)
     alive_.assign(std::max(minSlots, 2 * values.size()), 0);
     std::fill_n(alive_.begin(), values.size(), 1);
     slotCount_ = values.size();
+    firstEmptySlot_ = SIZE_MAX;
     BuildTree();
     state_ = State::indexed;
 }
@@ -248,6 +284,8 @@ void VtPositionIndex::SetAlive(std::size_t slot, bool alive)
     if (delta == 0)
         return;
     alive_[slot] = alive ? 1 : 0;
+    if (!alive)
+        firstEmptySlot_ = std::min(firstEmptySlot_, slot);
     for (std::size_t i = slot + 1; i < tree_.size(); i += i & (~i + 1))
         tree_[i] += delta;
     aliveCount_ = static_cast<std::size_t>(static_cast<long long>(aliveCount_) + delta);
@@ -255,6 +293,8 @@ void VtPositionIndex::SetAlive(std::size_t slot, bool alive)
 
 int VtPositionIndex::EntriesBefore(std::size_t slot) const
 {
+    if (slot <= firstEmptySlot_)
+        return static_cast<int>(slot);
     int count = 0;
     for (std::size_t i = slot; i > 0; i -= i & (~i + 1))
         count += tree_[i];

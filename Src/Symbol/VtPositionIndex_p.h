@@ -8,8 +8,11 @@
 namespace VTC {
 
 // A map from int to slot number: open addressing with linear probing, so that
-// a search, found or not, mostly touches one cache line. Erasing moves later
-// entries of the probe run back, so no tombstones build up.
+// a search mostly touches one cache line of the table. Erasing moves later
+// entries of the probe run back, so no tombstones build up. A bit array of an
+// eighth of the table's size answers most searches for absent keys (the
+// common case when a tree is searched group by group) without the table;
+// erased keys leave their bits set until the array is rebuilt.
 class VtSlotTable {
 public:
     static constexpr std::uint32_t none = 0xFFFFFFFFu;
@@ -33,10 +36,16 @@ private:
     std::size_t Home(int key) const;
     std::size_t Position(int key) const;  // of the key, or of the empty entry that ends its run
     void Grow();
+    std::size_t FilterBit(int key) const;
+    bool MayHold(int key) const;
+    void Mark(int key);
+    void RebuildFilter();
 
-    std::vector<Entry> entries_;  // a power of two of them, at most half used
+    std::vector<Entry> entries_;  // a power of two of them, at most three quarters used
     std::size_t used_ = 0;
     unsigned shift_ = 32;
+    std::vector<std::uint64_t> filter_;  // eight bits per entry
+    std::size_t erasedSinceFilter_ = 0;
 };
 
 // Where each value of an owner's sequence of ints stands, so that the first
@@ -83,6 +92,7 @@ private:
     std::vector<int> tree_;            // Fenwick tree over alive_, 1-based
     std::size_t slotCount_ = 0;
     std::size_t aliveCount_ = 0;
+    std::size_t firstEmptySlot_ = SIZE_MAX;  // before it, a slot's number is its position
     int largest_ = 0;
     bool largestKnown_ = false;
 };
