@@ -116,30 +116,9 @@ void BM_SymbolsByPosition(benchmark::State& state)
     SetCounters(state, n);
 }
 
-// A tenth of the symbols: the group holding each is found from the root and
-// the symbol moved to the next group.
-void BM_MoveSymbols(benchmark::State& state)
-{
-    const int n = static_cast<int>(state.range(0));
-    const std::vector<int> ids = TenthOfTheIds(n);
-    for (auto _ : state) {
-        state.PauseTiming();
-        auto filled = std::make_unique<FilledLibrary>(n);
-        VTC::VtLogFile::GetInstance(false)->ClearRecords();
-        state.ResumeTiming();
-        for (const int id : ids) {
-            VtSymbolGroup* holder = filled->lib.GetRootGroup()->FindChildGroupWithID(id);
-            holder->MoveItemTo(id, filled->groups[static_cast<std::size_t>(id * 7) % filled->groups.size()]);
-        }
-        state.PauseTiming();
-        filled.reset();
-        state.ResumeTiming();
-    }
-    SetCounters(state, static_cast<int>(ids.size()));
-}
-
-// A tenth of the symbols removed through the root: the tree and the library.
-void BM_RemoveSymbols(benchmark::State& state)
+// Times `operation` on every tenth symbol of a library of n, filled afresh for each run.
+template <typename Operation>
+void OnATenthOfTheSymbols(benchmark::State& state, Operation operation)
 {
     const int n = static_cast<int>(state.range(0));
     const std::vector<int> ids = TenthOfTheIds(n);
@@ -149,12 +128,27 @@ void BM_RemoveSymbols(benchmark::State& state)
         VTC::VtLogFile::GetInstance(false)->ClearRecords();
         state.ResumeTiming();
         for (const int id : ids)
-            filled->lib.GetRootGroup()->RemoveSymbol(id);
+            operation(*filled, id);
         state.PauseTiming();
         filled.reset();
         state.ResumeTiming();
     }
     SetCounters(state, static_cast<int>(ids.size()));
+}
+
+// The group holding the symbol is found from the root, and the symbol moved to another group.
+void BM_MoveSymbols(benchmark::State& state)
+{
+    OnATenthOfTheSymbols(state, [](FilledLibrary& filled, int id) {
+        VtSymbolGroup* holder = filled.lib.GetRootGroup()->FindChildGroupWithID(id);
+        holder->MoveItemTo(id, filled.groups[static_cast<std::size_t>(id * 7) % filled.groups.size()]);
+    });
+}
+
+// The symbol removed through the root: from the tree and from the library.
+void BM_RemoveSymbols(benchmark::State& state)
+{
+    OnATenthOfTheSymbols(state, [](FilledLibrary& filled, int id) { filled.lib.GetRootGroup()->RemoveSymbol(id); });
 }
 
 constexpr int fileMarkers = 100000;
