@@ -1,6 +1,8 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <vector>
 
 // The subcommands of lqsymbol. Each returns the process exit code: 0 on
 // success, 1 when a file cannot be read or written or a check fails, 2 for a
@@ -31,6 +33,48 @@ struct DemoOptions {
 int RunDemo(const DemoOptions& options);
 
 int RunGallery(const std::string& directory);
+
+// Where a new library file goes: its form (empty: by the extension) and
+// whether an existing file may be replaced.
+struct OutputOptions {
+    std::string form;
+    bool force = false;
+};
+
+constexpr int defaultPictureSize = 32;     // pixels, the longer side of a picture marker
+constexpr int defaultThumbnailSize = 64;   // pixels, the side of a thumbnail
+
+int RunNew(const std::string& path, const std::string& kind, const OutputOptions& output);
+
+struct AddOptions {
+    std::string file;
+    std::string name;
+    std::string group;
+    std::optional<std::string> shape;
+    std::optional<int> size;
+    std::optional<std::string> colour;
+    std::optional<std::string> outline;
+    std::optional<double> rotation;
+    std::optional<std::string> picture;
+    std::optional<double> width;
+    std::optional<std::vector<int>> dashes;
+};
+int RunAdd(const AddOptions& options);
+int RunAddFolder(const std::string& file, const std::string& directory, int size);
+int RunRename(const std::string& file, int id, const std::string& name);
+int RunMove(const std::string& file, const std::vector<int>& ids, const std::string& groupPath);
+int RunRemove(const std::string& file, const std::vector<int>& ids);
+
+// group FILE create|rename|move|remove PATH [ARGUMENT]
+int RunGroup(const std::string& file, const std::string& action, const std::string& path,
+             const std::string& argument);
+
+int RunMerge(const std::string& file, const std::vector<std::string>& others, const std::string& output,
+             const OutputOptions& options);
+int RunImport(const std::string& json, const std::string& output, const std::string& imageDirectory,
+              const OutputOptions& options);
+int RunThumbnails(const std::string& file, const std::string& directory, int size, bool force);
+int RunSheet(const std::string& file, const std::string& output, bool force);
 
 struct FillOptions {
     std::string output;

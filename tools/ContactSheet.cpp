@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "CairoPicture.h"
 #include "Output.h"
 
 namespace LqTool {
@@ -20,40 +21,6 @@ constexpr int titleHeight = 34;
 constexpr int headingHeight = 22;
 constexpr int labelHeight = 30;
 constexpr int padding = 6;
-
-struct SurfaceDeleter {
-    void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
-};
-struct ContextDeleter {
-    void operator()(cairo_t* context) const { cairo_destroy(context); }
-};
-using Surface = std::unique_ptr<cairo_surface_t, SurfaceDeleter>;
-using Context = std::unique_ptr<cairo_t, ContextDeleter>;
-
-// cairo wants premultiplied alpha; the pictures hold straight colours.
-unsigned int Premultiply(unsigned int pixel)
-{
-    const unsigned int alpha = pixel >> 24;
-    if (alpha == 255)
-        return pixel;
-    auto channel = [&](int shift) { return (((pixel >> shift) & 0xFF) * alpha / 255) << shift; };
-    return (alpha << 24) | channel(16) | channel(8) | channel(0);
-}
-
-Surface PictureSurface(const RasterImage& picture)
-{
-    Surface surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, picture.width, picture.height));
-    cairo_surface_flush(surface.get());
-    unsigned char* data = cairo_image_surface_get_data(surface.get());
-    const int stride = cairo_image_surface_get_stride(surface.get());
-    for (int y = 0; y < picture.height; ++y) {
-        auto* row = reinterpret_cast<unsigned int*>(data + static_cast<std::ptrdiff_t>(y) * stride);
-        for (int x = 0; x < picture.width; ++x)
-            row[x] = Premultiply(picture.At(x, y));
-    }
-    cairo_surface_mark_dirty(surface.get());
-    return surface;
-}
 
 void DrawText(cairo_t* context, double x, double y, double size, const std::string& text, double maxWidth)
 {
@@ -148,20 +115,33 @@ std::string ContactSheet::DrawPage(int firstRow, int endRow, const std::string& 
     return bytes;
 }
 
-bool ContactSheet::Save(const std::string& path, std::vector<std::string>& pages, std::string& error) const
+std::vector<std::string> ContactSheet::PagePaths(const std::string& path) const
 {
     const int rows = static_cast<int>(headings_.size());
     const int perPage = RowsPerPage();
     const int pageCount = std::max(1, (rows + perPage - 1) / perPage);
+    if (pageCount == 1)
+        return {path};
     const std::filesystem::path base(path);
+    std::vector<std::string> paths;
+    for (int page = 1; page <= pageCount; ++page)
+        paths.push_back(
+            (base.parent_path() / (base.stem().string() + "-" + std::to_string(page) + base.extension().string()))
+                .string());
+    return paths;
+}
+
+bool ContactSheet::Save(const std::string& path, std::vector<std::string>& pages, std::string& error) const
+{
+    const int rows = static_cast<int>(headings_.size());
+    const int perPage = RowsPerPage();
+    const std::vector<std::string> files = PagePaths(path);
+    const int pageCount = static_cast<int>(files.size());
     for (int page = 0; page < pageCount; ++page) {
-        std::string file = path;
+        const std::string& file = files[static_cast<std::size_t>(page)];
         std::string title = title_;
-        if (pageCount > 1) {
-            file = (base.parent_path() / (base.stem().string() + "-" + std::to_string(page + 1) +
-                                          base.extension().string())).string();
+        if (pageCount > 1)
             title += " (page " + std::to_string(page + 1) + " of " + std::to_string(pageCount) + ")";
-        }
         const std::string bytes = DrawPage(page * perPage, std::min(rows, (page + 1) * perPage), title);
         if (bytes.empty()) {
             error = "the page cannot be drawn";
@@ -179,29 +159,6 @@ bool ContactSheet::Save(const std::string& path) const
     std::vector<std::string> pages;
     std::string error;
     return Save(path, pages, error);
-}
-
-bool LoadPng(const std::string& path, RasterImage& picture)
-{
-    Surface loaded(cairo_image_surface_create_from_png(path.c_str()));
-    if (cairo_surface_status(loaded.get()) != CAIRO_STATUS_SUCCESS)
-        return false;
-    // Draw onto a known format; opaque pixels keep their colours exactly.
-    const int width = cairo_image_surface_get_width(loaded.get());
-    const int height = cairo_image_surface_get_height(loaded.get());
-    Surface copy(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
-    Context context(cairo_create(copy.get()));
-    cairo_set_source_surface(context.get(), loaded.get(), 0, 0);
-    cairo_set_operator(context.get(), CAIRO_OPERATOR_SOURCE);
-    cairo_paint(context.get());
-    cairo_surface_flush(copy.get());
-    RasterImage result(width, height);
-    const unsigned char* data = cairo_image_surface_get_data(copy.get());
-    const int stride = cairo_image_surface_get_stride(copy.get());
-    for (int y = 0; y < height; ++y)
-        std::memcpy(&result.At(0, y), data + static_cast<std::ptrdiff_t>(y) * stride, static_cast<std::size_t>(width) * 4);
-    picture = std::move(result);
-    return true;
 }
 
 }  // namespace LqTool

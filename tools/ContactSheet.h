@@ -21,6 +21,8 @@ public:
     // The files written go to `pages`.
     bool Save(const std::string& path, std::vector<std::string>& pages, std::string& error) const;
     bool Save(const std::string& path) const;
+    // The files Save writes for `path`.
+    std::vector<std::string> PagePaths(const std::string& path) const;
     int GetCellCount() const { return static_cast<int>(cells_.size()); }
 
     // The tallest page, in pixels (cairo cannot draw past 32767).
@@ -50,7 +52,5 @@ private:
 // Gives back the font caches that labels fill; call once no cairo object is left.
 void ReleaseTextCaches();
 
-// Reads a PNG file into a picture; false when it cannot be read.
-bool LoadPng(const std::string& path, LqExample::RasterImage& picture);
 
 }  // namespace LqTool

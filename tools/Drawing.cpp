@@ -5,6 +5,7 @@
 #include <numbers>
 
 #include "ContactSheet.h"
+#include "Png.h"
 #include "SymbolRenderer.h"
 
 namespace LqTool {
@@ -147,7 +148,8 @@ bool SurfacePixels(VtGraphics& graphics, const std::string& scratch, LqExample::
     if (const VTC::VtImage* target = graphics.GetTargetImage()) {
         read = LqExample::CopyFromImage(*target, pixels);
     } else {
-        read = graphics.SavePng(scratch) && LoadPng(scratch, pixels);
+        std::string error;
+        read = graphics.SavePng(scratch) && ReadPng(scratch, pixels, error);
         std::remove(scratch.c_str());
     }
     for (unsigned int& pixel : pixels.pixels)
@@ -167,24 +169,6 @@ ImagePtr CompatibleImage(VtGraphics& graphics, const LqExample::RasterImage& pic
         }
     }
     return image;
-}
-
-bool ParseColour(const std::string& text, unsigned int& colour)
-{
-    unsigned int r = 0;
-    unsigned int g = 0;
-    unsigned int b = 0;
-    char end = 0;
-    const std::string hex = !text.empty() && text[0] == '#' ? text.substr(1) : text;
-    if (hex.size() == 6 && std::sscanf(hex.c_str(), "%2x%2x%2x%c", &r, &g, &b, &end) == 3) {
-        colour = ZEDARGB(r, g, b);
-        return true;
-    }
-    if (std::sscanf(text.c_str(), "%u,%u,%u%c", &r, &g, &b, &end) == 3 && r < 256 && g < 256 && b < 256) {
-        colour = ZEDARGB(r, g, b);
-        return true;
-    }
-    return false;
 }
 
 }  // namespace LqTool

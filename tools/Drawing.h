@@ -56,7 +56,4 @@ bool SurfacePixels(VTC::VtGraphics& graphics, const std::string& scratch, LqExam
 // replaced by `background`.
 ImagePtr CompatibleImage(VTC::VtGraphics& graphics, const LqExample::RasterImage& picture, unsigned int background);
 
-// Parses "#RRGGBB", "RRGGBB" or "r,g,b" into a colour.
-bool ParseColour(const std::string& text, unsigned int& colour);
-
 }  // namespace LqTool

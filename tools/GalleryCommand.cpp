@@ -10,6 +10,7 @@
 #include "ContactSheet.h"
 #include "Drawing.h"
 #include "LqGraphics.h"
+#include "Png.h"
 #include "MarkerSymbol.h"
 #include "SymbolRenderer.h"
 #include "VtEspecialFill.h"
@@ -186,7 +187,7 @@ bool PrinterPage(Gallery& gallery)
     if (!page->SavePdf(gallery.Path("printer-page.pdf")) || !page->SavePng(gallery.Path("printer-page.png")))
         return gallery.Fail("the printer page cannot be written");
     RasterImage raster;
-    if (!LoadPng(gallery.Path("printer-page.png"), raster))
+    if (std::string error; !ReadPng(gallery.Path("printer-page.png"), raster, error))
         return gallery.Fail("the printer page cannot be read back");
     for (auto& [cell, label] : cells) {
         page->LogicalToDeviceRect(cell);
