@@ -318,8 +318,9 @@ TEST_F(LibraryCommandTest, ThumbnailsAreTransparentSquaresAndSheetsLabelEveryGro
             opaque += Alpha(pixel) == 255 ? 1 : 0;
         EXPECT_GT(opaque, 0) << path;
         EXPECT_EQ(Alpha(thumbnail.At(side / 2, 0)), 0u) << path;
-        if (path.find("lines") == std::string::npos)
+        if (path.find("lines") == std::string::npos) {
             EXPECT_EQ(Alpha(thumbnail.At(side / 2, side / 2)), 255u) << path;
+        }
     }
     // The line's dashes leave gaps along its stroke.
     RasterImage road;
