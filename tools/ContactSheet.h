@@ -26,7 +26,7 @@ public:
     int GetCellCount() const { return static_cast<int>(cells_.size()); }
 
     // The tallest page, in pixels (cairo cannot draw past 32767).
-    static constexpr int maxPageHeight = 8000;
+    static constexpr int maxPageHeight = 4096;
 
 private:
     struct Cell {

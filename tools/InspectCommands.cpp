@@ -10,12 +10,12 @@
 
 #include "Commands.h"
 #include "LibraryFile.h"
-#include "LineSymbol.h"
 #include "LqCompactFile.h"
-#include "MarkerSymbol.h"
+#include "Exchange.h"
 #include "Output.h"
-#include "Png.h"
 #include "Printable.h"
+#include "Progress.h"
+#include "SymbolFields.h"
 #include "SymbolRenderer.h"
 #include "VtSymbolGroup.h"
 
@@ -99,38 +99,13 @@ Json GroupsJson(const VtSymbolGroup& root)
     return groups;
 }
 
-std::string Hex(unsigned int colour)
-{
-    char buffer[12];
-    std::snprintf(buffer, sizeof buffer, "#%08X", colour);
-    return buffer;
-}
-
-Json SymbolJson(const ResourceSymbolLib& lib, int id)
+// The symbol's ID, name and fields, and its picture (see PictureJson).
+Json SymbolJson(const ResourceSymbolLib& lib, int id, const std::string& imageDirectory, OutputBatch& pictures)
 {
     const VTC::VtSymbol* symbol = lib.GetSymbolByID(id);
     Json entry = {{"id", id}, {"name", symbol->name.ToUtf8()}};
-    if (const auto* marker = dynamic_cast<const LqExample::MarkerSymbol*>(symbol)) {
-        entry["shape"] = LqExample::GetShapeName(marker->shape);
-        entry["size"] = marker->size;
-        entry["colour"] = Hex(marker->colour);
-        entry["outlineColour"] = Hex(marker->outlineColour);
-        entry["rotation"] = marker->rotation;
-    } else if (const auto* line = dynamic_cast<const LqExample::LineSymbol*>(symbol)) {
-        entry["width"] = line->width;
-        entry["colour"] = Hex(line->colour);
-        entry["dashes"] = line->dashes;
-    }
-    const auto* resource = dynamic_cast<const LqExample::ResourceSymbol*>(symbol);
-    const auto* cache = lib.GetResourceCache();
-    const auto* record = resource && cache && !resource->resource.IsNull() ? cache->Find(resource->resource) : nullptr;
-    if (record) {
-        char checksum[12];
-        std::snprintf(checksum, sizeof checksum, "%08x", record->checksum);
-        entry["picture"] = {{"width", record->width}, {"height", record->height}, {"crc32", checksum}};
-    } else {
-        entry["picture"] = nullptr;
-    }
+    entry.update(SymbolFields(*symbol));
+    entry["picture"] = PictureJson(lib, id, imageDirectory, pictures);
     return entry;
 }
 
@@ -258,33 +233,30 @@ int RunExport(const std::string& path, const std::string& output, const std::str
     auto lib = OpenLibrary(path, error, &probe);
     if (!lib)
         return Report(path, error);
-    Json document = InfoJson(probe, *lib);
-    Json symbols = Json::array();
-    for (int i = 0; i < lib->GetSymbolCount(); ++i)
-        symbols.push_back(SymbolJson(*lib, lib->GetIDAt(i)));
-    document["symbolList"] = symbols;
-    document["groups"] = GroupsJson(*lib->GetRootGroup());
-
     if (!imageDirectory.empty()) {
         for (int i = 0; i < lib->GetSymbolCount(); ++i) {
-            const std::string file = imageDirectory + "/" + std::to_string(lib->GetIDAt(i)) + ".png";
-            if (const int refused = lib->HasSymbolImage(lib->GetIDAt(i)) ? CheckOutput(file, {path}, force) : exitOk)
+            const int id = lib->GetIDAt(i);
+            const std::string file = (std::filesystem::path(imageDirectory) / PictureFileName(id)).string();
+            if (const int refused = lib->HasSymbolImage(id) ? CheckOutput(file, {path}, force) : exitOk)
                 return refused;
         }
         std::error_code ignored;
         std::filesystem::create_directories(imageDirectory, ignored);
-        for (int i = 0; i < lib->GetSymbolCount(); ++i) {
-            const int id = lib->GetIDAt(i);
-            LqExample::RasterImage picture;
-            if (!lib->HasSymbolImage(id))
-                continue;
-            const std::string file = imageDirectory + "/" + std::to_string(id) + ".png";
-            if (!lib->GetSymbolImage(id, picture))
-                return Report(path, "picture of symbol " + std::to_string(id) + ": " + lib->GetLastError());
-            if (!WritePng(picture, file, error))
-                return Report(file, error);
-        }
     }
+    Json document = InfoJson(probe, *lib);
+    Json symbols = Json::array();
+    OutputBatch pictures;
+    try {
+        Progress progress("export", lib->GetSymbolCount());
+        for (int i = 0; i < lib->GetSymbolCount(); ++i, progress.Advance())
+            symbols.push_back(SymbolJson(*lib, lib->GetIDAt(i), imageDirectory, pictures));
+    } catch (const std::exception& failure) {
+        return Report(path, failure.what());
+    }
+    if (!pictures.Commit(error))
+        return Report(imageDirectory, error);
+    document["symbolList"] = symbols;
+    document["groups"] = GroupsJson(*lib->GetRootGroup());
     const std::string text = Dump(document) + "\n";
     if (!toFile) {
         std::fwrite(text.data(), 1, text.size(), stdout);

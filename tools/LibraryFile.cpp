@@ -5,6 +5,7 @@
 #include <fstream>
 #include <functional>
 
+#include "Colour.h"
 #include "LineSymbolLib.h"
 #include "LqCompactFile.h"
 #include "LqStream.h"
@@ -172,11 +173,11 @@ std::string DescribeSymbol(const ResourceSymbolLib& lib, int id)
     std::string text;
     char buffer[96];
     if (const auto* marker = dynamic_cast<const MarkerSymbol*>(symbol)) {
-        std::snprintf(buffer, sizeof buffer, "%s %dpx #%06X rot %g", LqExample::GetShapeName(marker->shape),
-                      marker->size, marker->colour & 0xFFFFFF, marker->rotation);
+        std::snprintf(buffer, sizeof buffer, "%s %dpx %s rot %g", LqExample::GetShapeName(marker->shape),
+                      marker->size, FormatColour(marker->colour).c_str(), marker->rotation);
         text = buffer;
     } else if (const auto* line = dynamic_cast<const LineSymbol*>(symbol)) {
-        std::snprintf(buffer, sizeof buffer, "line %g #%06X", line->width, line->colour & 0xFFFFFF);
+        std::snprintf(buffer, sizeof buffer, "line %g %s", line->width, FormatColour(line->colour).c_str());
         text = buffer;
         if (!line->dashes.empty()) {
             text += " dash";

@@ -8,7 +8,6 @@
 
 #include "Commands.h"
 #include "LibraryFile.h"
-#include "LqStream.h"
 #include "VtSafeSave.h"
 
 namespace LqTool {
@@ -74,6 +73,13 @@ int CheckWritable(const std::string& path)
 bool WriteFileSafely(const std::string& path, const std::string& bytes, std::string& error)
 {
     return VTC::VtFileReplacer::Replace(
+        path, [&](const std::string& temporary) { return WriteBytes(temporary, bytes); },
+        [&](const std::string& temporary) { return HoldsBytes(temporary, bytes); }, error);
+}
+
+bool OutputBatch::Add(const std::string& path, const std::string& bytes, std::string& error)
+{
+    return batch_.Add(
         path, [&](const std::string& temporary) { return WriteBytes(temporary, bytes); },
         [&](const std::string& temporary) { return HoldsBytes(temporary, bytes); }, error);
 }

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "LqStream.h"
 #include "ResourceSymbolLib.h"
 
 // Everything lqsymbol writes goes through here: refusals first, then a
@@ -22,6 +23,18 @@ int CheckWritable(const std::string& path);
 
 // Writes `bytes` to a temporary sibling, reads them back, compares, renames.
 bool WriteFileSafely(const std::string& path, const std::string& bytes, std::string& error);
+
+// Many outputs written as one piece of work (VTC::VtFileBatch): each is
+// written beside its target and read back now; Commit syncs them all at once
+// and renames them over their targets.
+class OutputBatch {
+public:
+    bool Add(const std::string& path, const std::string& bytes, std::string& error);
+    bool Commit(std::string& error) { return batch_.Commit(error); }
+
+private:
+    VTC::VtFileBatch batch_;
+};
 
 // Saves through VTC::SaveSymbolLibSafely, the written file checked by loading
 // it into a fresh library and comparing it with `lib` (IDs, order, names,

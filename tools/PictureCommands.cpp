@@ -115,6 +115,7 @@ int RunThumbnails(const std::string& file, const std::string& directory, int siz
     fs::create_directories(directory, made);
     if (!fs::is_directory(directory))
         return Report(directory, "the directory cannot be made");
+    OutputBatch thumbnails;
     Progress progress("thumbnails", lib->GetSymbolCount());
     for (int i = 0; i < lib->GetSymbolCount(); ++i) {
         const int id = lib->GetIDAt(i);
@@ -122,9 +123,11 @@ int RunThumbnails(const std::string& file, const std::string& directory, int siz
         progress.Advance();
         if (!SymbolPicture(*lib, id, size, picture))
             return Report(file, "the picture of symbol " + std::to_string(id) + ": " + lib->GetLastError());
-        if (!WritePng(picture, ThumbnailPath(directory, id), error))
+        if (!thumbnails.Add(ThumbnailPath(directory, id), EncodePng(picture), error))
             return Report(ThumbnailPath(directory, id), error);
     }
+    if (!thumbnails.Commit(error))
+        return Report(directory, error);
     Remark("wrote " + std::to_string(lib->GetSymbolCount()) + " thumbnails of " + std::to_string(size) + "x" +
            std::to_string(size) + " pixels into " + directory);
     return exitOk;

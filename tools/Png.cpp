@@ -2,7 +2,6 @@
 
 #include <png.h>
 
-#include "Output.h"
 #include "ResourceCache.h"
 
 namespace LqTool {
@@ -72,16 +71,6 @@ std::string EncodePng(const RasterImage& picture)
         return {};
     bytes.resize(size);
     return bytes;
-}
-
-bool WritePng(const RasterImage& picture, const std::string& path, std::string& error)
-{
-    const std::string bytes = EncodePng(picture);
-    if (bytes.empty()) {
-        error = "the picture cannot be encoded";
-        return false;
-    }
-    return WriteFileSafely(path, bytes, error);
 }
 
 }  // namespace LqTool

@@ -13,8 +13,5 @@ bool ReadPng(const std::string& path, LqExample::RasterImage& picture, std::stri
 bool DecodePng(const std::string& bytes, LqExample::RasterImage& picture, std::string& error);
 // An RGBA PNG; empty for an empty picture.
 std::string EncodePng(const LqExample::RasterImage& picture);
-// Writes an RGBA PNG through a temporary sibling that is read back and
-// compared before it replaces `path`.
-bool WritePng(const LqExample::RasterImage& picture, const std::string& path, std::string& error);
 
 }  // namespace LqTool

@@ -142,6 +142,13 @@ void AddInspectCommands(CLI::App& app, Arguments& a, Runner& run)
     exporter->add_option("--images", a.imageDirectory,
                          "write each picture as <ID>.png into this directory (default: pictures inside the JSON)");
     AddOutputOptions(exporter, a, false);
+
+    auto* importer = Command(app, run, "import", "make the library a JSON export describes",
+                             [&] { return RunImport(a.file, a.output, a.imageDirectory, a.outputOptions); });
+    AddFileOption(importer, a, "JSON", "JSON file written by export");
+    importer->add_option("-o,--output", a.output, "library file to write")->required();
+    importer->add_option("--images", a.imageDirectory, "directory of the <ID>.png files the export wrote");
+    AddOutputOptions(importer, a, true);
 }
 
 void AddLibraryCommands(CLI::App& app, Arguments& a, Runner& run)

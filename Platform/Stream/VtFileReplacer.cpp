@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <set>
 
 namespace VTC {
 
@@ -94,6 +95,11 @@ bool VtFileReplacer::Commit()
         return false;
     if (!SyncPath(temporary_, O_RDONLY))
         return Fail("cannot sync " + temporary_);
+    return Install(true);
+}
+
+bool VtFileReplacer::Install(bool syncDirectory)
+{
     struct stat existing = {};
     const mode_t mode = ::stat(target_.c_str(), &existing) == 0 ? existing.st_mode & 07777 : NewFileMode();
     if (::chmod(temporary_.c_str(), mode) != 0)
@@ -103,7 +109,8 @@ bool VtFileReplacer::Commit()
     temporary_.clear();
     // The rename is durable only once the directory is synced; the new file
     // is in place either way, so a failure here is not reported.
-    SyncPath(directory_, O_RDONLY | O_DIRECTORY);
+    if (syncDirectory)
+        SyncPath(directory_, O_RDONLY | O_DIRECTORY);
     return true;
 }
 
@@ -144,6 +151,51 @@ bool VtFileReplacer::Replace(const std::string& target, const std::function<bool
         error = replacer.GetError();
         return false;
     }
+    return true;
+}
+
+bool VtFileBatch::Add(const std::string& target, const std::function<bool(const std::string&)>& write,
+                      const std::function<bool(const std::string&)>& check, std::string& error)
+{
+    auto replacer = std::make_unique<VtFileReplacer>(target);
+    error.clear();
+    if (!replacer->IsReady())
+        error = replacer->GetError();
+    else if (!write(replacer->GetTemporaryPath()))
+        error = "cannot be written";
+    else if (check && !check(replacer->GetTemporaryPath()))
+        error = "the written file does not read back as written";
+    if (!error.empty())
+        return false;
+    pending_.push_back(std::move(replacer));
+    return true;
+}
+
+bool VtFileBatch::Commit(std::string& error)
+{
+    std::set<std::string> directories;
+    for (const auto& replacer : pending_)
+        directories.insert(replacer->directory_);
+    // One sync of each file system holding a directory covers all its files.
+    for (const std::string& directory : directories) {
+        const int descriptor = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        const bool synced = descriptor >= 0 && ::syncfs(descriptor) == 0;
+        if (descriptor >= 0)
+            ::close(descriptor);
+        if (!synced) {
+            error = "cannot sync " + directory + ": " + std::strerror(errno);
+            return false;
+        }
+    }
+    for (const auto& replacer : pending_) {
+        if (!replacer->Install(false)) {
+            error = replacer->GetError();
+            return false;
+        }
+    }
+    for (const std::string& directory : directories)
+        SyncPath(directory, O_RDONLY | O_DIRECTORY);
+    pending_.clear();
     return true;
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "LqExport.h"
 
@@ -44,13 +46,36 @@ public:
                         const std::function<bool(const std::string&)>& check, std::string& error);
 
 private:
+    friend class VtFileBatch;
+
     bool Fail(const std::string& step);
     void RemoveStaleSiblings() const;
+    // Permissions, rename and (when asked) a sync of the directory; the
+    // temporary file must already be on disk.
+    bool Install(bool syncDirectory);
 
     std::string target_;
     std::string directory_;
     std::string temporary_;
     std::string error_;
+};
+
+// Replaces many files as one piece of work, for outputs such as a folder of
+// a thousand pictures where a sync per file would take most of the time:
+// each file is written and checked beside its target as with VtFileReplacer,
+// then one sync of the file system makes all of them durable, and only then
+// are they renamed over their targets. Until Commit, no target is touched;
+// files not committed are removed with the batch.
+class LQ_EXPORT VtFileBatch {
+public:
+    // Writes and checks one file; false (the reason in `error`) when that fails.
+    bool Add(const std::string& target, const std::function<bool(const std::string&)>& write,
+             const std::function<bool(const std::string&)>& check, std::string& error);
+    bool Commit(std::string& error);
+    std::size_t GetCount() const { return pending_.size(); }
+
+private:
+    std::vector<std::unique_ptr<VtFileReplacer>> pending_;
 };
 
 }  // namespace VTC

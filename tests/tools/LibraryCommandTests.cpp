@@ -2,8 +2,11 @@
 // merge, thumbnails, sheet) run as a user runs them; the files they leave are
 // read back with the program's own code and checked field by field.
 
+#include <functional>
 #include <map>
 #include <set>
+
+#include <nlohmann/json.hpp>
 
 #include "Editing.h"
 #include "GroupPath.h"
@@ -339,3 +342,140 @@ TEST_F(LibraryCommandTest, ThumbnailsAreTransparentSquaresAndSheetsLabelEveryGro
 }
 
 }  // namespace
+
+namespace {
+
+// A library with what a round trip can lose: IDs out of order and with gaps,
+// fractional rotations, translucent colours, pictures with graded alpha,
+// names with "/" and non-ASCII letters, empty and nested groups, and symbols
+// in no group.
+void MakeAwkwardLibrary(const std::string& lib, const std::string& scratch,
+                        const std::function<void(const std::vector<std::string>&)>& ok)
+{
+    ok({"new", lib, "--kind", "marker"});
+    WriteText(scratch + "/ramp.png", LqTool::EncodePng(Ramp(20, 12)));
+    ok({"add", lib, "--name", "Straße/Weg", "--shape", "arrow", "--size", "33", "--colour", "#7F10A0F0",
+        "--outline", "#FF000000", "--rotation", "12.345678901234567", "--group", "Wege\\/Straßen/Nebenwege"});
+    ok({"add", lib, "--name", "ramp", "--picture", scratch + "/ramp.png", "--size", "20"});
+    ok({"add", lib, "--name", "gone", "--shape", "cross", "--size", "5", "--colour", "#000000"});
+    ok({"add", lib, "--name", "hexagon", "--shape", "hexagon", "--size", "64", "--colour", "#2CA02C", "--group",
+        "Flächen"});
+    ok({"remove", lib, "3"});
+    ok({"group", lib, "create", "Leer/Noch leerer"});
+    ok({"move", lib, "1", "--group", "Flächen"});
+}
+
+}  // namespace
+
+TEST_F(LibraryCommandTest, ExportThenImportGivesTheSameLibraryInEitherForm)
+{
+    const std::string original = In("original.lqc");
+    MakeAwkwardLibrary(original, directory, [](const std::vector<std::string>& command) { Ok(command); });
+    const Library expected = Load(original);
+    ASSERT_EQ(expected->GetSymbolCount(), 3);
+
+    // Pictures inside the JSON, container to stream; pictures as files, stream to container.
+    Ok({"export", original, "--json", "-o", In("embedded.json")});
+    Ok({"import", In("embedded.json"), "-o", In("copy.lqs")});
+    Ok({"export", In("copy.lqs"), "--json", "-o", In("files.json"), "--images", In("pictures")});
+    Ok({"import", In("files.json"), "-o", In("copy.lqc"), "--images", In("pictures")});
+    for (const char* copy : {"copy.lqs", "copy.lqc"}) {
+        const Library imported = Load(In(copy));
+        EXPECT_EQ(LqTool::CompareLibraries(*expected, *imported), std::vector<std::string>()) << copy;
+    }
+    EXPECT_EQ(Listing(In("pictures")), (std::vector<std::string>{"1.png", "2.png", "4.png"}));
+    EXPECT_FALSE(LqTool::ProbeLibrary(In("copy.lqs")).container);
+
+    // The export of the copy is the export of the original, byte for byte, but for the file's own facts.
+    const auto symbolsAndGroups = [](const std::string& json) {
+        const auto document = nlohmann::json::parse(ReadText(json));
+        return document["symbolList"].dump() + document["groups"].dump();
+    };
+    Ok({"export", In("copy.lqc"), "--json", "-o", In("again.json")});
+    EXPECT_EQ(symbolsAndGroups(In("again.json")), symbolsAndGroups(In("embedded.json")));
+    const auto document = nlohmann::json::parse(ReadText(In("embedded.json")));
+    EXPECT_EQ(document["symbolList"][0]["colour"], "#7F10A0F0");
+    EXPECT_EQ(document["symbolList"][0]["outlineColour"], "#000000");
+}
+
+TEST_F(LibraryCommandTest, ImportRefusesDocumentsThatDoNotDescribeALibrary)
+{
+    const std::string original = In("original.lqs");
+    MakeAwkwardLibrary(original, directory, [](const std::vector<std::string>& command) { Ok(command); });
+    Ok({"export", original, "--json", "-o", In("good.json"), "--images", In("pictures")});
+    const auto good = nlohmann::json::parse(ReadText(In("good.json")));
+    const auto variant = [&](const std::string& name, const std::function<void(nlohmann::json&)>& change) {
+        auto document = good;
+        change(document);
+        WriteText(In(name), document.dump());
+        return In(name);
+    };
+    WriteText(In("text.json"), "symbols, but not JSON");
+    const struct {
+        std::string json;
+        std::string message;
+    } cases[] = {
+        {In("text.json"), "not a library document"},
+        {variant("kind.json", [](auto& d) { d["kind"] = "area"; }), "unknown kind"},
+        {variant("twice.json", [](auto& d) { d["symbolList"][1]["id"] = d["symbolList"][0]["id"]; }), "repeated"},
+        {variant("shape.json", [](auto& d) { d["symbolList"][0]["shape"] = "blob"; }), "unknown shape"},
+        {variant("size.json", [](auto& d) { d["symbolList"][0]["size"] = 0; }), "size out of range"},
+        {variant("colour.json", [](auto& d) { d["symbolList"][0]["colour"] = "red"; }), "not a colour"},
+        {variant("crc.json", [](auto& d) { d["symbolList"][0]["picture"]["crc32"] = "00000000"; }),
+         "not the one the document describes"},
+        {variant("file.json", [](auto& d) { d["symbolList"][0]["picture"]["file"] = "../x.png"; }), "must be"},
+        {variant("item.json", [](auto& d) { d["groups"][0]["items"].push_back(77); }), "77"},
+        {variant("filed.json", [](auto& d) { d["groups"][0]["items"].push_back(1); }), "filed twice"},
+        {variant("parent.json", [](auto& d) { d["groups"][1]["parent"] = 5; }), "parent"},
+        {variant("root.json", [](auto& d) { d["groups"] = nlohmann::json::array(); }), "root group"},
+    };
+    for (const auto& c : cases) {
+        const Outcome run = Lq({"import", c.json, "-o", In("never.lqc"), "--images", In("pictures")});
+        EXPECT_EQ(run.code, 1) << c.json << ": " << run.err;
+        EXPECT_NE(run.err.find(c.message), std::string::npos) << run.err;
+    }
+    fs::remove(In("pictures/2.png"));
+    EXPECT_EQ(Lq({"import", In("good.json"), "-o", In("never.lqc"), "--images", In("pictures")}).code, 1);
+    EXPECT_EQ(Lq({"import", In("good.json"), "-o", In("good.json"), "--force"}).code, 2);
+    EXPECT_FALSE(fs::exists(In("never.lqc")));
+}
+
+// An icon set as users bring one: a thousand SVG files in ten folders.
+TEST_F(LibraryCommandTest, ThousandIconSetImportsRoundTripsAndDraws)
+{
+    const std::string icons = In("icons");
+    const char* const shapes[] = {
+        R"(<circle cx="12" cy="12" r="9" fill="%s" fill-opacity="0.8"/>)",
+        R"(<rect x="4" y="4" width="16" height="16" rx="3" fill="%s"/>)",
+        R"(<path d="M12 2 L22 21 H2 Z" fill="%s" stroke="#222" stroke-width="1.5"/>)",
+        R"(<path d="M4 12 H20 M12 4 V20" stroke="%s" stroke-width="4" stroke-linecap="round"/>)"};
+    for (int i = 0; i < 1000; ++i) {
+        const std::string folder = icons + "/set" + std::to_string(i % 10);
+        fs::create_directories(folder);
+        char colour[8];
+        std::snprintf(colour, sizeof colour, "#%02x%02x%02x", (i * 37) % 256, (i * 91) % 256, (i * 53) % 256);
+        char body[200];
+        std::snprintf(body, sizeof body, shapes[i % 4], colour);
+        WriteText(folder + "/icon-" + std::to_string(i) + ".svg",
+                  std::string(R"(<svg xmlns="http://www.w3.org/2000/svg" width="24" height="24">)") + body +
+                      "</svg>");
+    }
+    const std::string lib = In("icons.lqc");
+    Ok({"new", lib, "--kind", "marker"});
+    EXPECT_NE(Ok({"add-folder", lib, icons}).find("added 1000 pictures"), std::string::npos);
+    Ok({"export", lib, "--json", "-o", In("icons.json"), "--images", In("pictures")});
+    Ok({"import", In("icons.json"), "-o", In("icons.lqs"), "--images", In("pictures")});
+    const Library original = Load(lib);
+    const Library imported = Load(In("icons.lqs"));
+    ASSERT_EQ(original->GetSymbolCount(), 1000);
+    EXPECT_EQ(LqTool::CompareLibraries(*original, *imported), std::vector<std::string>());
+    const std::map<std::string, std::vector<int>> filing = Filing(*original);
+    EXPECT_EQ(filing.size(), 11u);
+    EXPECT_EQ(filing.at("/set7").size(), 100u);
+
+    Ok({"thumbnails", In("icons.lqs"), "-o", In("thumbnails"), "-q"});
+    EXPECT_EQ(Listing(In("thumbnails")).size(), 1000u);
+    const std::string pages = Ok({"sheet", lib, "-o", In("icons.png")});
+    EXPECT_NE(pages.find(In("icons-2.png")), std::string::npos) << pages;
+    EXPECT_TRUE(fs::exists(In("icons-1.png")));
+}

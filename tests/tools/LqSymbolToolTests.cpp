@@ -64,7 +64,7 @@ TEST_F(ToolTest, ConvertedFilesExportTheSameLibrary)
     ASSERT_EQ(Lq({"convert", Demo("markers.lqc"), Work("c.lqs"), "--form", "stream", "--format-version", "20200101"}).code, 0);
     ASSERT_EQ(Lq({"convert", Work("c.lqs"), Work("c.lqc"), "--form", "container"}).code, 0);
     const Outcome fromContainer = Lq({"export", Demo("markers.lqc"), "--json", "--images", Work("pictures")});
-    const Outcome fromConverted = Lq({"export", Work("c.lqc"), "--json"});
+    const Outcome fromConverted = Lq({"export", Work("c.lqc"), "--json", "--images", Work("pictures-c")});
     ASSERT_EQ(fromContainer.code, 0) << fromContainer.err;
     ASSERT_EQ(fromConverted.code, 0) << fromConverted.err;
     const auto a = nlohmann::json::parse(fromContainer.out);
@@ -73,6 +73,7 @@ TEST_F(ToolTest, ConvertedFilesExportTheSameLibrary)
     EXPECT_EQ(a["groups"], b["groups"]);
     EXPECT_EQ(a["symbolList"].size(), 20u);
     EXPECT_TRUE(fs::exists(Work("pictures/20.png")));
+    EXPECT_TRUE(ReadText(Work("pictures/20.png")) == ReadText(Work("pictures-c/20.png")));
     EXPECT_EQ(Lq({"tree", Demo("markers.lqc")}).out, Lq({"tree", Work("c.lqs")}).out);
 }
 

@@ -190,3 +190,37 @@ TEST_F(SafeSaveTest, ReplacerFollowsLinksAndSweepsWhatDeadProcessesLeft)
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(SafeSaveTest, BatchReplacesNothingBeforeItsCommitAndLeavesNothingBehind)
+{
+    WriteText(In("a.txt"), "old a");
+    const auto write = [](const std::string& text) {
+        return [text](const std::string& temporary) {
+            WriteText(temporary, text);
+            return true;
+        };
+    };
+    std::string error;
+    {
+        VTC::VtFileBatch abandoned;
+        ASSERT_TRUE(abandoned.Add(In("a.txt"), write("new a"), {}, error)) << error;
+        ASSERT_TRUE(abandoned.Add(In("b.txt"), write("new b"), {}, error)) << error;
+        EXPECT_FALSE(abandoned.Add(In("c.txt"), write("bad"), [](const std::string&) { return false; }, error));
+        EXPECT_EQ(abandoned.GetCount(), 2u);
+        EXPECT_TRUE(ReadText(In("a.txt")) == "old a");
+    }
+    EXPECT_EQ(Listing(directory), std::vector<std::string>{"a.txt"});
+
+    VTC::VtFileBatch batch;
+    ASSERT_TRUE(batch.Add(In("a.txt"), write("new a"), {}, error)) << error;
+    ASSERT_TRUE(batch.Add(In("b.txt"), write("new b"), {}, error)) << error;
+    EXPECT_FALSE(fs::exists(In("b.txt")));
+    ASSERT_TRUE(batch.Commit(error)) << error;
+    EXPECT_TRUE(ReadText(In("a.txt")) == "new a");
+    EXPECT_TRUE(ReadText(In("b.txt")) == "new b");
+    EXPECT_EQ(Listing(directory), (std::vector<std::string>{"a.txt", "b.txt"}));
+}
+
+}  // namespace
