@@ -100,13 +100,14 @@ int MakeSymbol(const AddOptions& o, LibraryKind kind, std::unique_ptr<ResourceSy
     return exitOk;
 }
 
-// Adds a symbol with its picture to a group; the library owns it from then on.
+// Adds a symbol with its picture to a group; the library owns it from then
+// on. False when no ID is left or the picture cannot be stored.
 bool AddWithPicture(EditedLibrary& edited, std::unique_ptr<ResourceSymbol> symbol, VtSymbolGroup* group,
                     const RasterImage& picture, int& id)
 {
-    ResourceSymbol* added = symbol.release();
-    edited.lib->AddSymbol(added, group);
-    id = added->ID;
+    if (!edited.lib->AddSymbol(symbol.get(), group))
+        return false;
+    id = symbol.release()->ID;
     return edited.lib->SetSymbolImage(id, picture);
 }
 
@@ -166,7 +167,7 @@ int RunAdd(const AddOptions& options)
         return failed;
     int id = -1;
     if (!AddWithPicture(edited, std::move(symbol), group, picture, id))
-        return Report(options.file, "the picture cannot be stored: " + edited.lib->GetLastError());
+        return Report(options.file, "the symbol or its picture cannot be stored: " + edited.lib->GetLastError());
     if (const int failed = SaveEdited(edited))
         return failed;
     std::printf("%d\n", id);
@@ -203,8 +204,7 @@ int RunAddFolder(const std::string& file, const std::string& directory, int size
                                                          std::max(picture.width, picture.height), ZEDARGB(0, 0, 0));
             VtSymbolGroup* group = MakeGroup(*edited.lib->GetRootGroup(), FolderNames(path, directory));
             if (!AddWithPicture(edited, std::move(marker), group, picture, id))
-                return Report(file, "the picture of " + path.string() + " cannot be stored: " +
-                                        edited.lib->GetLastError());
+                return Report(file, path.string() + " cannot be stored: " + edited.lib->GetLastError());
             ++added;
         }
     }

@@ -141,7 +141,8 @@ void ImportSymbols(ResourceSymbolLib& lib, LibraryKind kind, const Json& symbols
         auto symbol = SymbolFromFields(kind, id, ZedaUnicodeString::FromUtf8(entry.at("name").get<std::string>()),
                                        entry, error);
         Require(symbol != nullptr, "symbol " + std::to_string(id) + ": " + error);
-        lib.AddSymbol(symbol.release(), nullptr);
+        Require(lib.AddSymbol(symbol.get(), nullptr) != 0, "symbol " + std::to_string(id) + " cannot be added");
+        symbol.release();
         if (!entry.at("picture").is_null())
             Require(lib.SetSymbolImage(id, ImportPicture(entry.at("picture"), id, imageDirectory)),
                     "the picture of symbol " + std::to_string(id) + " cannot be stored: " + lib.GetLastError());

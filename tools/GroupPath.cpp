@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "LibraryFile.h"
 #include "VtSymbolGroup.h"
 
 namespace LqTool {
@@ -63,14 +64,7 @@ GroupNames GroupNamesOf(const VtSymbolGroup& group)
 std::vector<const VtSymbolGroup*> GroupsInOrder(const VtSymbolGroup& root)
 {
     std::vector<const VtSymbolGroup*> order;
-    std::vector<const VtSymbolGroup*> pending{&root};
-    while (!pending.empty()) {
-        const VtSymbolGroup* group = pending.back();
-        pending.pop_back();
-        order.push_back(group);
-        for (int i = group->GetChildGroupCount() - 1; i >= 0; --i)
-            pending.push_back(group->GetChildGroup(i));
-    }
+    WalkGroups(root, {[&order](const VtSymbolGroup& group, int, int, int) { order.push_back(&group); }, {}});
     return order;
 }
 

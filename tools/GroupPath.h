@@ -20,7 +20,7 @@ std::string FormatGroupPath(const GroupNames& names);
 GroupNames GroupNamesOf(const VTC::VtSymbolGroup& group);
 
 // `root` and every group below it, parents before children, children in
-// order (without recursion: trees from files may be deep).
+// order (WalkGroups: no recursion, trees from files may be deep).
 std::vector<const VTC::VtSymbolGroup*> GroupsInOrder(const VTC::VtSymbolGroup& root);
 
 // The group at `names` under `root`; null when a group on the way is missing.

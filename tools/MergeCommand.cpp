@@ -51,8 +51,9 @@ int MergeOne(const std::string& path, const ResourceSymbolLib& from, LibraryKind
             return Report(path, "symbol " + std::to_string(id) + ": " + error);
         counts.renamed += copy->name != symbol.name ? 1 : 0;
         const auto group = destination.find(id);
-        LqExample::ResourceSymbol* added = copy.release();
-        into.AddSymbol(added, group == destination.end() ? nullptr : group->second);
+        if (!into.AddSymbol(copy.get(), group == destination.end() ? nullptr : group->second))
+            return Report(path, "symbol " + std::to_string(id) + " cannot be added: no free ID is left");
+        const LqExample::ResourceSymbol* added = copy.release();
         counts.renumbered += added->ID != id ? 1 : 0;
         ++counts.symbols;
         RasterImage picture;

@@ -70,18 +70,10 @@ unsigned int Alpha(unsigned int pixel)
     return pixel >> 24;
 }
 
-class LibraryCommandTest : public ToolWorkspace {
+class LibraryCommandTest : public PerTestWorkspace {
 protected:
     static void SetUpTestSuite() { MakeRoot("lq-library-commands-"); }
     static void TearDownTestSuite() { RemoveRoot(); }
-
-    void SetUp() override
-    {
-        directory = Work(::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::create_directory(directory);
-    }
-
-    std::string In(const std::string& name) const { return directory + "/" + name; }
 
     static Library Load(const std::string& path)
     {
@@ -105,8 +97,6 @@ protected:
         EXPECT_EQ(run.code, 0) << command[0] << ": " << run.err;
         return run.out;
     }
-
-    std::string directory;
 };
 
 TEST_F(LibraryCommandTest, EditsMakeTheLibraryTheyDescribe)

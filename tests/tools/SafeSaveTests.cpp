@@ -25,18 +25,10 @@ using ZEDA::ZedaUnicodeString;
 
 constexpr unsigned int streamVersion = 20050302;
 
-class SafeSaveTest : public ToolWorkspace {
+class SafeSaveTest : public PerTestWorkspace {
 protected:
     static void SetUpTestSuite() { MakeRoot("lq-safe-save-"); }
     static void TearDownTestSuite() { RemoveRoot(); }
-
-    void SetUp() override
-    {
-        directory = Work(::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::create_directory(directory);
-    }
-
-    std::string In(const std::string& name) const { return directory + "/" + name; }
 
     // `count` markers with pictures, every third in a group "Signs/Stars".
     static std::unique_ptr<MarkerSymbolLib> Markers(int count, int size = 24)
@@ -64,8 +56,6 @@ protected:
             return {path + ": " + error};
         return LqTool::CompareLibraries(lib, *loaded);
     }
-
-    std::string directory;
 };
 
 TEST_F(SafeSaveTest, SavedLibraryRefersToTheFinalFileInBothForms)

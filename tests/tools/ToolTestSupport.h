@@ -96,4 +96,18 @@ protected:
     static inline fs::path root;
 };
 
+// The same with a directory of its own for each test, named after the test.
+class PerTestWorkspace : public ToolWorkspace {
+protected:
+    void SetUp() override
+    {
+        directory = Work(::testing::UnitTest::GetInstance()->current_test_info()->name());
+        fs::create_directory(directory);
+    }
+
+    std::string In(const std::string& name) const { return directory + "/" + name; }
+
+    std::string directory;
+};
+
 }  // namespace lqtool
