@@ -29,10 +29,12 @@ struct DemoOptions {
     int markerCount = 48;
     int repeat = 5;
     bool gallery = true;
+    bool force = false;  // replace the files of an earlier run in `directory`
 };
 int RunDemo(const DemoOptions& options);
 
-int RunGallery(const std::string& directory);
+// Refuses (exitUsage) a directory that holds sheets already, unless `force`.
+int RunGallery(const std::string& directory, bool force);
 
 // Where a new library file goes: its form (empty: by the extension) and
 // whether an existing file may be replaced.

@@ -15,6 +15,7 @@
 #include "LineSymbolLib.h"
 #include "LqStream.h"
 #include "MarkerSymbolLib.h"
+#include "Output.h"
 #include "SymbolRenderer.h"
 #include "VtSymbolGroup.h"
 
@@ -183,6 +184,9 @@ int RunDemo(const DemoOptions& options)
     fs::create_directories(directory, error);
     if (directory.empty() || !fs::is_directory(directory))
         return Report(directory.empty() ? "demo" : directory, "the work directory cannot be made");
+    for (const char* name : {"markers.lqc", "markers.lqs", "lines.lqc", "lines.lqs", "markers.png", "markers-1.png"})
+        if (const int refused = CheckOutput(directory + "/" + name, {}, options.force))
+            return refused;
     std::printf("work directory: %s\n", directory.c_str());
 
     MarkerSymbolLib markers;
@@ -236,8 +240,9 @@ int RunDemo(const DemoOptions& options)
     for (const std::string& page : pages)
         std::printf(" %s", page.c_str());
     std::printf("\n");
-    if (options.gallery && RunGallery(directory + "/gallery") != exitOk)
-        return exitFailure;
+    if (options.gallery)
+        if (const int failed = RunGallery(directory + "/gallery", options.force))
+            return failed;
     if (!agreed)
         return Report("demo", "the libraries do not agree");
     std::printf("demo passed\n");

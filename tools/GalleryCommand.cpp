@@ -9,6 +9,7 @@
 #include "Commands.h"
 #include "ContactSheet.h"
 #include "Drawing.h"
+#include "Output.h"
 #include "LqGraphics.h"
 #include "Png.h"
 #include "MarkerSymbol.h"
@@ -309,8 +310,13 @@ bool BlitSheet(Gallery& gallery)
 
 }  // namespace
 
-int RunGallery(const std::string& directory)
+int RunGallery(const std::string& directory, bool force)
 {
+    for (const char* name : {"gradients-window32.png", "gradients-window24.png", "gradients-window16.png",
+                             "gradients-native.png", "gradients-printer.png", "printer-page.pdf", "printer-page.png",
+                             "transparent-fills.png", "blits.png"})
+        if (const int refused = CheckOutput(directory + "/" + name, {}, force))
+            return refused;
     std::error_code error;
     fs::create_directories(directory, error);
     if (!fs::is_directory(directory))

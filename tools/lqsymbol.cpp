@@ -258,10 +258,12 @@ void AddDemoCommands(CLI::App& app, Arguments& a, Runner& run)
     demo->add_option("--count", a.demo.markerCount, "number of markers")->check(CLI::Range(1, 5000));
     demo->add_option("--repeat", a.demo.repeat, "timed saves and loads of each form")->check(CLI::Range(1, 1000));
     demo->add_flag("!--no-gallery", a.demo.gallery, "skip the gallery");
+    demo->add_flag("--force", a.demo.force, "replace the files of an earlier run in the work directory");
 
     auto* gallery = Command(app, run, "gallery", "draw contact sheets of the special fills",
-                            [&] { return RunGallery(a.output); });
+                            [&] { return RunGallery(a.output, a.outputOptions.force); });
     gallery->add_option("-o,--output", a.output, "directory for the sheets")->required();
+    AddOutputOptions(gallery, a, false);
 
     FillOptions& fill = a.fill;
     auto* command = Command(app, run, "fill", "draw one fill into a PNG (or a PDF from the printer surface)", [&] {

@@ -40,6 +40,10 @@ TEST_F(ToolTest, DemoPassesAndItsFilesReadBack)
         ++agreements;
     EXPECT_EQ(agreements, 5u) << demo.out;
     EXPECT_EQ(demo.err, "");
+    const std::string markers = ReadText(Demo("markers.lqc"));
+    const Outcome rerun = Lq({"demo", "-d", (root / "demo").string(), "--count", "3", "--no-gallery"});
+    EXPECT_EQ(rerun.code, 2) << "a second run would replace the first run's files";
+    EXPECT_TRUE(ReadText(Demo("markers.lqc")) == markers);
 
     const Outcome info = Lq({"info", Demo("markers.lqc"), "--json"});
     ASSERT_EQ(info.code, 0) << info.err;
@@ -153,6 +157,12 @@ TEST_F(ToolTest, GalleryWritesEverySheet)
         EXPECT_EQ(ReadText(Work(std::string("gallery/") + name)).substr(1, 3), "PNG") << name;
     }
     EXPECT_EQ(ReadText(Work("gallery/printer-page.pdf")).substr(0, 5), "%PDF-");
+    const std::string blits = ReadText(Work("gallery/blits.png"));
+    const Outcome again = Lq({"gallery", "-o", Work("gallery")});
+    EXPECT_EQ(again.code, 2);
+    EXPECT_NE(again.err.find("exists; add --force"), std::string::npos) << again.err;
+    EXPECT_TRUE(ReadText(Work("gallery/blits.png")) == blits);
+    EXPECT_EQ(Lq({"gallery", "-o", Work("gallery"), "--force"}).code, 0);
     const Outcome blocked = Lq({"gallery", "-o", Work("gallery/blits.png")});  // a file, not a directory
     EXPECT_EQ(blocked.code, 1);
     EXPECT_NE(blocked.err.find("cannot be made"), std::string::npos) << blocked.err;
