@@ -107,6 +107,28 @@ TEST_F(Gradient, RingsSquaresAndSectorsAroundTheirCentre)
         ASSERT_NE(At(outside, i % 100, i / 100), 0u) << i % 100 << ',' << i / 100;
 }
 
+// A centre on the right or lower edge gets no dot; the turned squares start
+// with one of no size, which the wide pen still paints, so no pixel of the
+// image (which starts black) stays unpainted.
+TEST_F(Gradient, TurnedSquaresAboutACentreOnTheEdgeCoverTheirImage)
+{
+    // From 4 pixels a step on, the first square's pen leaves a hole about the
+    // centre wide enough to reach the pixels next to it.
+    Surface window = Window(100, 100);
+    int unpainted = 0;
+    for (int side : {300, 301, 420})
+        for (int turn = 1; turn < 8; ++turn)
+            for (const auto& [offsetX, offsetY] : {std::pair{50, 0}, std::pair{0, -50}}) {
+                const ZedaRect rect(0, 0, side, side - 40);
+                Image image(VtEspecialFill::GetSquareImage(window.get(), rect, kFrom, kTo, offsetX, offsetY, turn * 0.7));
+                bool black = false;
+                for (int i = 0; i < rect.Width() * rect.Height(); ++i)
+                    black = black || At(image, i % rect.Width(), i / rect.Width()) == 0;
+                unpainted += black;
+            }
+    EXPECT_EQ(unpainted, 0);
+}
+
 TEST_F(Gradient, GeneratorsNormaliseAndStayOnScreen)
 {
     Surface window = Window(300, 300);
