@@ -7,7 +7,7 @@
 
 #include "VtGraphicsInternal.h"
 #include "VtMask.h"
-#include "VtPolygonScan.h"
+#include "VtRasterShapes_p.h"
 
 namespace VTC::gfx {
 
@@ -346,96 +346,85 @@ void PaintThroughMask(const RasterView& target, const ShapeOp& op, Pass pass, ui
     mask.ForEachRun([&](int y, int x0, int x1) { FillSpan(target, y, x0, x1, raw); });
 }
 
-// The pixels, from first to past the last, that a pen of `width` covers
-// across a path through the centres of the pixels at `v`: pixel centres
-// within half the width.
-std::pair<int, int> PenBand(int v, int width) { return {v - width / 2, v - width / 2 + width}; }
+// Beyond this many pixels a pen is left to cairo: the raster core's
+// arithmetic is exact for any pen an int holds, but such pens only come from
+// absurd scales.
+constexpr double kWidestRasterPen = 1 << 24;
 
-// The pixels a butt-capped line of `width` covers when it is horizontal or
-// vertical: the first pixel in and the last out.
-std::optional<ZedaRect> AxisLineBox(const ZedaPoint& from, const ZedaPoint& to, int width)
+// The pen's bands along the four sides of a rectangle's outline, or the one
+// box they make once they close the hole in the middle.
+int RectangleOutlineBoxes(const ZedaRect& b, int pen, ZedaRect* boxes)
 {
-    const auto along = [](int a, int b) { return a < b ? std::pair{a, b} : std::pair{b + 1, a + 1}; };
-    const auto across = [width](int v) { return PenBand(v, width); };
-    if (from.y == to.y) {
-        const auto [left, right] = along(from.x, to.x);
-        const auto [top, bottom] = across(from.y);
-        return ZedaRect{left, top, right, bottom};
-    }
-    if (from.x == to.x) {
-        const auto [top, bottom] = along(from.y, to.y);
-        const auto [left, right] = across(from.x);
-        return ZedaRect{left, top, right, bottom};
-    }
-    return std::nullopt;
-}
-
-// What a pass covers when that is a few axis-parallel boxes (interiors and
-// outlines of rectangles, horizontal and vertical lines), worked out with
-// the rules cairo follows for them; nothing when cairo has to rasterise.
-std::optional<std::vector<ZedaRect>> BoxesOf(const ShapeOp& op, Pass pass)
-{
-    const ZedaRect& b = op.bounds;
-    if (op.kind == ShapeOp::Kind::Rectangle && pass == Pass::Interior) {
-        return std::vector<ZedaRect>{b};
-    }
-    const double width = op.stroke ? op.stroke->width : 0.0;
-    const auto pen = static_cast<int>(width);
-    if (pass != Pass::Outline || pen != width) {
-        return std::nullopt;
-    }
-    if (op.kind == ShapeOp::Kind::Line) {
-        if (auto box = AxisLineBox(op.points[0], op.points[1], pen)) {
-            return std::vector<ZedaRect>{*box};
-        }
-        return std::nullopt;
-    }
-    if (op.kind != ShapeOp::Kind::Rectangle) {
-        return std::nullopt;
-    }
-    // The outline runs through the centres of the edge pixels of the bounds.
-    const auto [outerLeft, innerLeft] = PenBand(b.left, pen);
-    const auto [innerRight, outerRight] = PenBand(b.right - 1, pen);
-    const auto [outerTop, innerTop] = PenBand(b.top, pen);
-    const auto [innerBottom, outerBottom] = PenBand(b.bottom - 1, pen);
+    const auto band = [pen](int v) {
+        const auto [first, end] = raster::PenBand(v, pen);
+        return std::pair{static_cast<int>(first), static_cast<int>(end)};
+    };
+    const auto [outerLeft, innerLeft] = band(b.left);
+    const auto [innerRight, outerRight] = band(b.right - 1);
+    const auto [outerTop, innerTop] = band(b.top);
+    const auto [innerBottom, outerBottom] = band(b.bottom - 1);
     if (innerLeft >= innerRight || innerTop >= innerBottom) {
-        return std::vector<ZedaRect>{{outerLeft, outerTop, outerRight, outerBottom}};  // no hole left
+        boxes[0] = {outerLeft, outerTop, outerRight, outerBottom};
+        return 1;
     }
-    return std::vector<ZedaRect>{{outerLeft, outerTop, outerRight, innerTop},
-                                 {outerLeft, innerBottom, outerRight, outerBottom},
-                                 {outerLeft, innerTop, innerLeft, innerBottom},
-                                 {innerRight, innerTop, outerRight, innerBottom}};
+    boxes[0] = {outerLeft, outerTop, outerRight, innerTop};
+    boxes[1] = {outerLeft, innerBottom, outerRight, outerBottom};
+    boxes[2] = {outerLeft, innerTop, innerLeft, innerBottom};
+    boxes[3] = {innerRight, innerTop, outerRight, innerBottom};
+    return 4;
 }
 
-// A polygon's interior scanned without cairo, where the clip is at most one
-// rectangle (which `area` already lies in); false when cairo must do it.
-bool FillPolygonInterior(const RasterView& target, const ShapeOp& op, uint32_t colour, const cairo_region_t* clip,
-                         const ZedaRect& area)
+bool PaintInteriorSpans(raster::SpanWriter& out, const ShapeOp& op)
 {
-    if (clip != nullptr && cairo_region_num_rectangles(clip) != 1) {
+    switch (op.kind) {
+    case ShapeOp::Kind::Rectangle:
+        out.Box(op.bounds);
+        return true;
+    case ShapeOp::Kind::Polygon:
+        raster::FillPolygon(out, op.points.data(), static_cast<int>(op.points.size()));
+        return true;
+    case ShapeOp::Kind::Ellipse:
+        return raster::FillEllipse(out, op.bounds);
+    default:
         return false;
     }
-    const int count = static_cast<int>(op.points.size());
-    const auto scan = PolygonScan::Make(op.points.data(), &count, 1, -kEdgeBias256);
-    if (!scan) {
-        return false;
-    }
-    const uint32_t raw = DrawingRaw(target, colour);
-    scan->ForEachRun(area, [&](int y, int x0, int x1) { FillSpan(target, y, x0, x1, raw); });
-    return true;
 }
 
-void FillBoxes(const RasterView& target, const std::vector<ZedaRect>& boxes, uint32_t colour,
-               const cairo_region_t* clip)
+bool PaintOutlineSpans(raster::SpanWriter& out, const ShapeOp& op)
 {
-    const uint32_t raw = DrawingRaw(target, colour);
-    for (const ZedaRect& box : boxes) {
-        ForEachVisibleRect(box, target.Bounds(), clip, [&](const ZedaRect& r) {
-            for (int y = r.top; y < r.bottom; ++y) {
-                FillSpan(target, y, r.left, r.right, raw);
-            }
-        });
+    if (op.stroke->width > kWidestRasterPen) {
+        return false;
     }
+    const auto pen = static_cast<int>(op.stroke->width);
+    switch (op.kind) {
+    case ShapeOp::Kind::Line:
+        raster::StrokeLine(out, op.points[0], op.points[1], pen);
+        return true;
+    case ShapeOp::Kind::Polygon:
+        raster::StrokePolygon(out, op.points.data(), static_cast<int>(op.points.size()), pen);
+        return true;
+    case ShapeOp::Kind::Rectangle: {
+        ZedaRect boxes[4];
+        const int count = RectangleOutlineBoxes(op.bounds, pen, boxes);
+        for (int i = 0; i < count; ++i) {
+            out.Box(boxes[i]);
+        }
+        return true;
+    }
+    case ShapeOp::Kind::Ellipse:
+        return raster::StrokeEllipse(out, op.bounds, pen);
+    default:  // an arc whose ends meet is the whole outline; other arcs are cairo's
+        return op.arcStart == op.arcEnd && raster::StrokeEllipse(out, op.bounds, pen);
+    }
+}
+
+// Paints a pass as spans straight into the pixels; false when the raster
+// core does not draw that shape.
+bool PaintSpans(const RasterView& target, const ShapeOp& op, Pass pass, uint32_t colour, const cairo_region_t* clip)
+{
+    raster::SpanWriter out({target.data, target.width, target.height, target.stride, target.format.bpp},
+                           DrawingRaw(target, colour), clip);
+    return pass == Pass::Interior ? PaintInteriorSpans(out, op) : PaintOutlineSpans(out, op);
 }
 
 }  // namespace
@@ -448,12 +437,10 @@ void PaintShape(const RasterView& target, const ShapeOp& op, const cairo_region_
     }
     const std::optional<cairo_format_t> format = CairoFormatOf(target);
     for (const auto& [pass, colour] : PassesOf(op)) {
-        if (const auto boxes = BoxesOf(op, pass)) {
-            FillBoxes(target, *boxes, colour, clip);
-        } else if (op.kind == ShapeOp::Kind::Polygon && pass == Pass::Interior &&
-                   FillPolygonInterior(target, op, colour, clip, area)) {
+        if (PaintSpans(target, op, pass, colour, clip)) {
             continue;
-        } else if (!format || !PaintDirectly(target, *format, op, pass, colour, clip, area)) {
+        }
+        if (!format || !PaintDirectly(target, *format, op, pass, colour, clip, area)) {
             PaintThroughMask(target, op, pass, colour, clip, area);
         }
     }

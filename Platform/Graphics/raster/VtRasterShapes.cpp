@@ -16,7 +16,7 @@ using Wide = unsigned __int128;
 constexpr double kLineEndPull = 1.0 / 32.0;
 constexpr double kShift = static_cast<double>(kEdgeShift) / kFixedOne;
 // Beyond this many pixels a semi-axis would overflow the exact products.
-constexpr int64_t kLargestSemiAxis = int64_t{1} << 24;
+constexpr int64_t kLargestSemiAxis = int64_t{1} << 30;
 // Outlines with sharper corners are bevelled.
 constexpr double kMiterLimit = 10.0;
 
@@ -35,8 +35,9 @@ std::vector<FixedPoint>& FixedScratch()
     return points;
 }
 
-// The ellipse of centre and semi-axes in 1/128 pixel, the unit in which pixel
-// centres moved by the edge shift are odd integers.
+// An ellipse about the origin with semi-axes a and b, in half pixels: the
+// unit in which pixel centres and the semi-axes of every ellipse drawn are
+// whole numbers, so that the tests are exact.
 class Ellipse {
 public:
     Ellipse(int64_t a, int64_t b) : a_(a), b_(b), circle_(a == b) {}
@@ -45,10 +46,11 @@ public:
     int64_t A() const { return a_; }
     int64_t B() const { return b_; }
 
+    // Strictly inside.
     bool Inside(int64_t x, int64_t y) const
     {
         if (circle_) {
-            // Each square stays below 2^63 within kLargestSemiAxis.
+            // Each square stays below 2^62 within kLargestSemiAxis.
             return static_cast<uint64_t>(x * x) + static_cast<uint64_t>(y * y) < static_cast<uint64_t>(a_ * a_);
         }
         const Wide bb = Wide(b_) * Wide(b_);
@@ -61,21 +63,17 @@ private:
     bool circle_;
 };
 
-// Pixel p in 1/128 pixel from a centre at twiceCentre / 2 pixels.
-int64_t Offset128(int64_t p, int64_t twiceCentre) { return 128 * p + 64 - kEdgeShift / 2 - 64 * twiceCentre; }
+// The centre of pixel p, in half pixels from a centre at twiceCentre / 2.
+int64_t HalfPixelsFrom(int64_t p, int64_t twiceCentre) { return 2 * p + 1 - twiceCentre; }
 
-// The pixels of each row whose centres lie inside an ellipse, rows taken in
-// order. A row's run is found from the last one's: every run holds the pixel
-// nearest the centre, so consecutive runs overlap and their ends move only as
-// far as the outline does, without a square root.
 class EllipseRuns {
 public:
     EllipseRuns(const Ellipse& e, int64_t twiceCentreX)
-        : e_(e), c_(Offset128(0, twiceCentreX)), nearest_(NearestToCentre(c_))
+        : e_(e), c_(HalfPixelsFrom(0, twiceCentreX)), nearest_(NearestToCentre(c_))
     {
     }
 
-    // The run lo .. hi of the row at 1/128 offset y from the centre; false when empty.
+    // The run lo .. hi of the row whose centres lie y half pixels from the centre; false when empty.
     bool Next(int64_t y, int64_t& lo, int64_t& hi)
     {
         y_ = y;
@@ -109,14 +107,14 @@ public:
     }
 
 private:
-    // The pixel whose centre lies nearest the centre column: 128 p + c closest to 0.
+    // A pixel whose centre lies nearest the centre column: 2 p + c closest to 0.
     static int64_t NearestToCentre(int64_t c)
     {
-        const int64_t below = c >= 0 ? -((c + 127) / 128) : (-c) / 128;  // largest p with 128 p + c <= 0
-        return -(128 * below + c) <= 128 * (below + 1) + c ? below : below + 1;
+        const int64_t below = c >= 0 ? -((c + 1) / 2) : (-c) / 2;  // largest p with 2 p + c <= 0
+        return -(2 * below + c) <= 2 * (below + 1) + c ? below : below + 1;
     }
 
-    bool Inside(int64_t p) const { return e_.Inside(128 * p + c_, y_); }
+    bool Inside(int64_t p) const { return e_.Inside(2 * p + c_, y_); }
 
     const Ellipse& e_;
     int64_t c_;
@@ -131,12 +129,12 @@ void PaintEllipseRows(SpanWriter& out, const ZedaRect& bounds, const Ellipse& ou
 {
     const int64_t twiceX = int64_t{bounds.left} + bounds.right;
     const int64_t twiceY = int64_t{bounds.top} + bounds.bottom;
-    const int64_t c = Offset128(0, twiceY);
-    const int64_t first = std::max<int64_t>(out.Limits().top, (-outer.B() - c) / 128 - 1);
-    const int64_t end = std::min<int64_t>(out.Limits().bottom, (outer.B() - c) / 128 + 2);
+    const int64_t c = HalfPixelsFrom(0, twiceY);
+    const int64_t first = std::max<int64_t>(out.Limits().top, (-outer.B() - c) / 2 - 1);
+    const int64_t end = std::min<int64_t>(out.Limits().bottom, (outer.B() - c) / 2 + 2);
     EllipseRuns outerRuns(outer, twiceX), innerRuns(inner, twiceX);
     for (int64_t row = first; row < end; ++row) {
-        const int64_t y = 128 * row + c;
+        const int64_t y = 2 * row + c;
         int64_t lo = 0, hi = 0, innerLo = 0, innerHi = 0;
         const bool hole = innerRuns.Next(y, innerLo, innerHi);
         if (!outerRuns.Next(y, lo, hi)) {
@@ -297,7 +295,7 @@ bool FillEllipse(SpanWriter& out, const ZedaRect& bounds)
     if (!FitsExactly(bounds, 0)) {
         return false;
     }
-    const Ellipse outer(64 * (int64_t{bounds.right} - bounds.left), 64 * (int64_t{bounds.bottom} - bounds.top));
+    const Ellipse outer(int64_t{bounds.right} - bounds.left, int64_t{bounds.bottom} - bounds.top);
     PaintEllipseRows(out, bounds, outer, Ellipse(0, 0));
     return true;
 }
@@ -307,10 +305,10 @@ bool StrokeEllipse(SpanWriter& out, const ZedaRect& bounds, int width)
     if (!FitsExactly(bounds, width)) {
         return false;
     }
-    // Semi-axes of the path, half the bounds less half a pixel, in 1/128 pixel.
-    const int64_t a = 64 * (int64_t{bounds.right} - bounds.left - 1);
-    const int64_t b = 64 * (int64_t{bounds.bottom} - bounds.top - 1);
-    const int64_t half = 64 * int64_t{width};
+    // Semi-axes of the path, half the bounds less half a pixel, in half pixels.
+    const int64_t a = int64_t{bounds.right} - bounds.left - 1;
+    const int64_t b = int64_t{bounds.bottom} - bounds.top - 1;
+    const int64_t half = width;
     const Ellipse outer(a + half, b + half);
     const bool hole = a > half && b > half;
     PaintEllipseRows(out, bounds, outer, hole ? Ellipse(a - half, b - half) : Ellipse(0, 0));

@@ -1,8 +1,10 @@
 #pragma once
 
-// Lines, outlines and ellipses as spans. Every shape is moved 1/128 pixel up
-// and left, so that no pixel centre lies exactly on an edge: neighbouring
-// shapes that share an edge neither overlap nor leave a gap.
+// Lines, outlines and ellipses as spans. Polygons and lines are moved 1/128
+// pixel up and left, so that no pixel centre lies exactly on an edge:
+// neighbouring shapes that share an edge neither overlap nor leave a gap.
+// Ellipses stay where they are, so that they keep their symmetry, and decide
+// centres on their outline by a rule of their own.
 
 #include "VtRasterScan_p.h"
 #include "VtRasterSpans_p.h"
@@ -34,16 +36,18 @@ void StrokePolygon(SpanWriter& out, const ZedaPoint* points, int count, int widt
 
 // The pixels whose centres lie strictly inside the ellipse inscribed in
 // `bounds` (corners on pixel corners). False, with nothing written, when a
-// semi-axis passes 2^24 pixels.
+// semi-axis passes 2^30 pixels.
 bool FillEllipse(SpanWriter& out, const ZedaRect& bounds);
 
 // The outline of the ellipse whose path runs through the centres of the
 // edge pixels of `bounds` (its semi-axes are half the bounds less half a
-// pixel): the pixels whose centres lie inside that ellipse grown by width / 2
-// on both semi-axes and outside it shrunk by width / 2. Where the shrunk
-// ellipse vanishes the grown one is covered whole. For a circle this is
-// exactly the set of centres within width / 2 of the path. False, with
-// nothing written, when a semi-axis passes 2^24 pixels.
+// pixel): the pixels whose centres lie strictly inside that ellipse grown by
+// width / 2 on both semi-axes and not strictly inside it shrunk by width / 2,
+// so that rings which meet neither overlap nor leave a gap. Where the shrunk
+// ellipse vanishes the grown one is covered whole. For a circle these are
+// the centres at a distance d from the path's centre with r - w/2 <= d <
+// r + w/2. Centres and semi-axes are whole half pixels and the tests exact.
+// False, with nothing written, when a semi-axis passes 2^30 pixels.
 bool StrokeEllipse(SpanWriter& out, const ZedaRect& bounds, int width);
 
 }  // namespace VTC::gfx::raster
