@@ -21,10 +21,18 @@ Fixed FloorDiv(Wide a, Wide b)
     return static_cast<Fixed>(q);
 }
 
+// b > 0. A 32-bit division where the values allow: it takes a fraction of
+// the time of a 64-bit one, and shapes start a few of them per edge.
 Fixed FloorDiv64(Fixed a, Fixed b)
 {
+    constexpr Fixed kInt32 = Fixed{1} << 31;
+    if (a > -kInt32 && a < kInt32 && b < kInt32) {
+        const auto a32 = static_cast<int32_t>(a), b32 = static_cast<int32_t>(b);
+        const int32_t q = a32 / b32;
+        return (a32 % b32 != 0 && a32 < 0) ? q - 1 : q;
+    }
     const Fixed q = a / b;
-    return (a % b != 0 && ((a < 0) != (b < 0))) ? q - 1 : q;
+    return (a % b != 0 && a < 0) ? q - 1 : q;
 }
 
 // The first row whose sample point lies at or below y.
@@ -185,6 +193,29 @@ private:
     Edge edge_{0, 0, 0, 0, 0, 0, 0};
 };
 
+// Rows first .. end - 1 between the crossings of the two sides.
+template <typename Emit>
+void ScanMonotone(Chain& forward, Chain& backward, Fixed first, Fixed end, const ZedaRect& limits, Emit&& emit)
+{
+    const Fixed left = limits.left * kFixedOne, right = limits.right * kFixedOne;
+    for (Fixed y = first; y < end;) {
+        // Rows in which neither side changes edge are stepped with the edges held locally.
+        Edge& forwardEdge = forward.At(y);
+        Edge& backwardEdge = backward.At(y);
+        Edge a = forwardEdge, b = backwardEdge;
+        const Fixed stop = std::min({end, a.endRow, b.endRow});
+        for (; y < stop; ++y) {
+            const Fixed cutA = (std::clamp(a.x, left, right) + kSampleBelowTop) >> 8;
+            const Fixed cutB = (std::clamp(b.x, left, right) + kSampleBelowTop) >> 8;
+            a.Step();
+            b.Step();
+            emit(y, std::min(cutA, cutB), std::max(cutA, cutB));
+        }
+        forwardEdge = a;
+        backwardEdge = b;
+    }
+}
+
 // A polygon that every row crosses at most twice, scanned without sorting:
 // the run between its two crossings. False when it is not monotone in y.
 bool FillMonotone(SpanWriter& out, const FixedPoint* points, int count)
@@ -201,29 +232,22 @@ bool FillMonotone(SpanWriter& out, const FixedPoint* points, int count)
     const ZedaRect& limits = out.Limits();
     const Fixed first = std::max<Fixed>(FirstSampledRow(points[top].y), limits.top);
     const Fixed end = std::min<Fixed>(FirstSampledRow(points[bottom].y), limits.bottom);
-    const Fixed left = limits.left * kFixedOne, right = limits.right * kFixedOne;
-    for (Fixed y = first; y < end;) {
-        // Rows in which neither side changes edge are stepped with the edges held locally.
-        Edge& forwardEdge = forward.At(y);
-        Edge& backwardEdge = backward.At(y);
-        Edge a = forwardEdge, b = backwardEdge;
-        const Fixed stop = std::min({end, a.endRow, b.endRow});
-        for (; y < stop; ++y) {
-            const Fixed cutA = (std::clamp(a.x, left, right) + kSampleBelowTop) >> 8;
-            const Fixed cutB = (std::clamp(b.x, left, right) + kSampleBelowTop) >> 8;
-            a.Step();
-            b.Step();
-            out.Span(y, std::min(cutA, cutB), std::max(cutA, cutB));
-        }
-        forwardEdge = a;
-        backwardEdge = b;
+    if (out.IsPlain32()) {
+        // Crossings are held within the limits already: nothing left to check.
+        ScanMonotone(forward, backward, first, end, limits, [&out](Fixed y, Fixed from, Fixed to) {
+            if (from < to) {
+                out.FillPlain32(static_cast<int>(y), static_cast<int>(from), static_cast<int>(to));
+            }
+        });
+    } else {
+        ScanMonotone(forward, backward, first, end, limits, [&out](Fixed y, Fixed from, Fixed to) { out.Span(y, from, to); });
     }
     return true;
 }
 
 }  // namespace
 
-Fixed ToFixed(double v) { return static_cast<Fixed>(std::nearbyint(v * kFixedOne)); }
+Fixed ToFixed(double v) { return std::lrint(v * kFixedOne); }
 
 FixedPoint ToFixed(double x, double y) { return {ToFixed(x), ToFixed(y)}; }
 

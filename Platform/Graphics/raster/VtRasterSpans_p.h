@@ -47,16 +47,33 @@ public:
         if (from >= to) {
             return;
         }
-        if (clip_ == nullptr && pixels_.bpp == 32) {
-            auto* p = reinterpret_cast<uint32_t*>(pixels_.data + static_cast<std::ptrdiff_t>(y) * pixels_.stride);
-            for (int x = from; x < to; ++x) {
-                p[x] = raw_;
-            }
+        if (IsPlain32()) {
+            FillPlain32(static_cast<int>(y), from, to);
             return;
         }
         WriteClipped(static_cast<int>(y), from, to);
     }
     void Box(const ZedaRect& box);
+
+    // 32-bit pixels without a clip of several rectangles: spans within the
+    // limits may then be written with FillPlain32, without further checks.
+    bool IsPlain32() const { return clip_ == nullptr && pixels_.bpp == 32; }
+    void FillPlain32(int y, int from, int to) const
+    {
+        // The first four pixels without a branch on the length (writing the
+        // last one again instead): short spans of varying length would make
+        // a loop's exit mispredict on most rows.
+        auto* p = reinterpret_cast<uint32_t*>(pixels_.data + static_cast<std::ptrdiff_t>(y) * pixels_.stride);
+        const uint32_t raw = raw_;
+        const int last = to - 1;
+        p[from] = raw;
+        p[from + 1 < last ? from + 1 : last] = raw;
+        p[from + 2 < last ? from + 2 : last] = raw;
+        p[from + 3 < last ? from + 3 : last] = raw;
+        for (int x = from + 4; x < to; ++x) {
+            p[x] = raw;
+        }
+    }
 
 private:
     void WriteClipped(int y, int x0, int x1) const;
