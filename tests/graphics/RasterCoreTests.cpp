@@ -191,7 +191,7 @@ TEST_F(RasterCore, PolygonsCoverWhatCairoFillsAtEveryDepthAndThroughClips)
 // along its direction and moved 1/128 up and left.
 std::vector<FixedPoint> LineRectangle(ZedaPoint from, ZedaPoint to, int width)
 {
-    const double dx = to.x - from.x, dy = to.y - from.y, length = std::hypot(dx, dy);
+    const double dx = to.x - from.x, dy = to.y - from.y, length = std::sqrt(dx * dx + dy * dy);
     const double ux = dx / length, uy = dy / length, nx = -uy * width / 2, ny = ux * width / 2;
     const double ax = from.x + 0.5 - kShift - ux / 32, ay = from.y + 0.5 - kShift - uy / 32;
     const double bx = to.x + 0.5 - kShift - ux / 32, by = to.y + 0.5 - kShift - uy / 32;
