@@ -6,4 +6,5 @@
 #include "VtGraphicsTypes.h"
 #include "VtImage.h"
 #include "VtPen.h"
+#include "VtPixelBuffer.h"
 #include "VtRgn.h"

@@ -63,6 +63,9 @@ struct VtGraphicsInternals {
     static std::unique_ptr<VtRgn> MakeRgn(bool counted);
 
     static gfx::RasterView View(const VtImage& image);
+    // For a caller that writes every pixel of `rect` before anything reads
+    // it: a new image's zero fill is done only outside it.
+    static gfx::RasterView ViewForOverwrite(const VtImage& image, const ZEDA::ZedaRect& rect);
     static gfx::PixelFormat Format(const VtImage& image);
     // Allocates width x height pixels of `format`, copied from `bits` (rows at
     // the image's stride) or all bytes 0.

@@ -11,6 +11,7 @@
 
 #include "VtGraphics.h"
 #include "VtGraphicsInternal.h"
+#include "VtPixelMemory_p.h"
 
 namespace VTC {
 
@@ -31,102 +32,24 @@ struct CairoSurfaceDeleter {
     void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
 };
 
-// Large pixel blocks freed by images are kept for the next image of about the
-// same size: the allocator would hand them back to the system on every free
-// and each new image would fault every page in again.
-class PixelPool {
-public:
-    static constexpr std::size_t kSmallest = std::size_t{64} << 10;  // smaller blocks are cheap to allocate
-    static constexpr std::size_t kKept = 6;
-    static constexpr std::size_t kKeptBytes = std::size_t{64} << 20;
-
-    // Never destroyed, so that images living in static storage can still
-    // give their blocks back at exit.
-    static PixelPool& Instance()
-    {
-        static auto* pool = new PixelPool();
-        return *pool;
-    }
-
-    // A block of at least `size` bytes, all 0 when `zeroed`; null when out of memory.
-    unsigned char* Take(std::size_t size, bool zeroed, std::size_t& capacity)
-    {
-        if (unsigned char* reused = Reuse(size, capacity)) {
-            if (zeroed) {
-                std::memset(reused, 0, size);
-            }
-            return reused;
-        }
-        capacity = size;
-        return static_cast<unsigned char*>(zeroed ? std::calloc(size, 1) : std::malloc(size));
-    }
-
-    void Give(unsigned char* data, std::size_t capacity)
-    {
-        if (data == nullptr) {
-            return;
-        }
-        if (capacity >= kSmallest && capacity <= kKeptBytes) {
-            const std::lock_guard lock(mutex_);
-            keptBytes_ += capacity;
-            kept_.push_back({data, capacity});
-            // The oldest blocks go first when too many or too much is kept.
-            while (kept_.size() > kKept || keptBytes_ > kKeptBytes) {
-                keptBytes_ -= kept_.front().capacity;
-                std::free(kept_.front().data);
-                kept_.erase(kept_.begin());
-            }
-            return;
-        }
-        std::free(data);
-    }
-
-private:
-    struct Block {
-        unsigned char* data;
-        std::size_t capacity;
-    };
-
-    // The most recently kept block that fits without wasting more than half of it.
-    unsigned char* Reuse(std::size_t size, std::size_t& capacity)
-    {
-        if (size < kSmallest) {
-            return nullptr;
-        }
-        const std::lock_guard lock(mutex_);
-        for (auto it = kept_.rbegin(); it != kept_.rend(); ++it) {
-            if (it->capacity >= size && it->capacity / 2 <= size) {
-                unsigned char* data = it->data;
-                capacity = it->capacity;
-                keptBytes_ -= capacity;
-                kept_.erase(std::next(it).base());
-                return data;
-            }
-        }
-        return nullptr;
-    }
-
-    std::mutex mutex_;
-    std::vector<Block> kept_;
-    std::size_t keptBytes_ = 0;
-};
-
-// The pixel rows of one image, taken from and given back to the pool.
+// The pixel rows of one image, taken from and given back to the platform's
+// pixel memory, which keeps large blocks mapped for the next image.
 class PixelBytes {
 public:
     PixelBytes() = default;
     PixelBytes(const PixelBytes&) = delete;
     PixelBytes& operator=(const PixelBytes&) = delete;
-    ~PixelBytes() { PixelPool::Instance().Give(data_, capacity_); }
+    ~PixelBytes() { gfx::raster::PixelMemory::Give(data_, capacity_); }
 
-    bool Allocate(std::size_t size, bool zeroed)
+    // `fresh`: the block was newly mapped, so all 0.
+    bool Allocate(std::size_t size, bool& fresh)
     {
         std::size_t capacity = 0;
-        unsigned char* data = PixelPool::Instance().Take(size, zeroed, capacity);
+        unsigned char* data = gfx::raster::PixelMemory::Take(size, capacity, fresh);
         if (data == nullptr) {
             return false;
         }
-        PixelPool::Instance().Give(data_, capacity_);
+        gfx::raster::PixelMemory::Give(data_, capacity_);
         data_ = data;
         capacity_ = capacity;
         size_ = size;
@@ -150,13 +73,57 @@ struct VtImage::State {
     int stride = 0;
     gfx::PixelFormat format;
     PixelBytes bits;
+    // A new image is all bytes 0, but a reused block is zeroed only once its
+    // pixels are looked at: most new images are overwritten whole first.
+    bool zeroPending = false;
     VtPalette palette;
     bool counted = false;
 
     bool IsCreated() const { return width > 0; }
-    gfx::RasterView View()
+    gfx::RasterView RawView()
     {
         return {bits.data(), width, height, stride, format, format.bpp == 8 ? &palette : nullptr};
+    }
+    // The pixels as they stand.
+    gfx::RasterView View()
+    {
+        ZeroAllBut({});
+        return RawView();
+    }
+    unsigned char* Bytes()
+    {
+        ZeroAllBut({});
+        return bits.data();
+    }
+    // Does a pending zero fill outside `keep`, which the caller overwrites.
+    void ZeroAllBut(const ZedaRect& keep)
+    {
+        if (!zeroPending) {
+            return;
+        }
+        zeroPending = false;
+        const std::size_t rowBytes = static_cast<std::size_t>(stride);
+        if (keep.IsEmpty()) {
+            std::memset(bits.data(), 0, bits.size());
+            return;
+        }
+        const auto bitOffset = [&](int x) { return static_cast<std::size_t>(x) * static_cast<std::size_t>(format.bpp); };
+        // Whole bytes only: a 1-bit row keeps the partial bytes at the edges zeroed.
+        const std::size_t keepFrom = bitOffset(keep.left) / 8 + (bitOffset(keep.left) % 8 != 0 ? 1 : 0);
+        const std::size_t keepTo = bitOffset(keep.right) / 8;
+        unsigned char* data = bits.data();
+        std::memset(data, 0, rowBytes * static_cast<std::size_t>(keep.top));
+        for (int y = keep.top; y < keep.bottom; ++y) {
+            unsigned char* row = data + rowBytes * static_cast<std::size_t>(y);
+            std::memset(row, 0, std::min(keepFrom, rowBytes));
+            if (keepTo > keepFrom) {
+                std::memset(row + keepTo, 0, rowBytes - keepTo);
+            } else {
+                std::memset(row, 0, rowBytes);
+            }
+        }
+        std::memset(data + rowBytes * static_cast<std::size_t>(keep.bottom), 0,
+                    rowBytes * static_cast<std::size_t>(height - keep.bottom));
     }
     long long ByteCount() const { return static_cast<long long>(stride) * height; }
 };
@@ -179,9 +146,11 @@ bool VtGraphicsInternals::Allocate(VtImage& image, int width, int height, gfx::P
     }
     auto& s = *image.state_;
     const std::size_t size = static_cast<std::size_t>(stride) * static_cast<std::size_t>(height);
-    if (!s.bits.Allocate(size, bits == nullptr)) {
+    bool fresh = false;
+    if (!s.bits.Allocate(size, fresh)) {
         return false;
     }
+    s.zeroPending = bits == nullptr && !fresh;
     if (bits != nullptr) {
         std::memcpy(s.bits.data(), bits, size);
     }
@@ -204,6 +173,12 @@ std::unique_ptr<VtImage> VtGraphicsInternals::MakeImage(bool counted)
 }
 
 gfx::RasterView VtGraphicsInternals::View(const VtImage& image) { return image.state_->View(); }
+
+gfx::RasterView VtGraphicsInternals::ViewForOverwrite(const VtImage& image, const ZedaRect& rect)
+{
+    image.state_->ZeroAllBut(rect);
+    return image.state_->RawView();
+}
 
 gfx::PixelFormat VtGraphicsInternals::Format(const VtImage& image) { return image.state_->format; }
 
@@ -254,7 +229,7 @@ bool VtImage::GetImageInfo(VtImageInfo& info) const
     info.bitsPerPixel = static_cast<unsigned char>(state_->format.bpp);
     info.reserved1 = state_->format.bpp == 24 && state_->format.redFirst ? 1 : 0;
     info.palette = state_->format.bpp == 8 ? state_->palette : VtPalette();
-    info.bits = state_->bits.data();
+    info.bits = state_->Bytes();
     return true;
 }
 
@@ -264,7 +239,9 @@ long long VtImage::GetBits(long long byteCount, void* buffer) const
         return 0;
     }
     const long long count = std::min(byteCount, state_->ByteCount());
-    if (count > 0) {
+    if (count > 0 && state_->zeroPending) {
+        std::memset(buffer, 0, static_cast<std::size_t>(count));
+    } else if (count > 0) {
         std::memcpy(buffer, state_->bits.data(), static_cast<std::size_t>(count));
     }
     return count;
@@ -276,9 +253,14 @@ long long VtImage::SetBits(long long byteCount, const void* buffer)
         return 0;
     }
     const long long count = std::min(byteCount, state_->ByteCount());
-    if (count > 0) {
-        std::memcpy(state_->bits.data(), buffer, static_cast<std::size_t>(count));
+    if (count <= 0) {
+        return count;
     }
+    if (state_->zeroPending) {  // only the bytes not written here need the zero fill
+        std::memset(state_->bits.data() + count, 0, state_->bits.size() - static_cast<std::size_t>(count));
+        state_->zeroPending = false;
+    }
+    std::memcpy(state_->bits.data(), buffer, static_cast<std::size_t>(count));
     return count;
 }
 
@@ -287,8 +269,8 @@ int VtImage::GetHeight() const { return state_->height; }
 int VtImage::GetBitsPerPixel() const { return IsCreated() ? state_->format.bpp : 0; }
 int VtImage::GetRowBytes() const { return state_->stride; }
 bool VtImage::IsRedFirst() const { return state_->format.bpp == 24 && state_->format.redFirst; }
-unsigned char* VtImage::GetBitsPointer() { return IsCreated() ? state_->bits.data() : nullptr; }
-const unsigned char* VtImage::GetBitsPointer() const { return IsCreated() ? state_->bits.data() : nullptr; }
+unsigned char* VtImage::GetBitsPointer() { return IsCreated() ? state_->Bytes() : nullptr; }
+const unsigned char* VtImage::GetBitsPointer() const { return IsCreated() ? state_->Bytes() : nullptr; }
 
 unsigned int VtImage::GetPixelColour(int x, int y) const
 {

@@ -49,6 +49,14 @@ void CopyRows(const RasterView& target, const RasterView& source, const ZedaRect
     }
 }
 
+// Whether a blit writes every pixel of `dest`, so that nothing under it need
+// be prepared first.
+bool WritesEveryPixel(const ZedaRect& dest, uint32_t rop, const cairo_region_t* clip)
+{
+    const cairo_rectangle_int_t r{dest.left, dest.top, dest.Width(), dest.Height()};
+    return rop == VT_ROP_COPY && (clip == nullptr || cairo_region_contains_rectangle(clip, &r) == CAIRO_REGION_OVERLAP_IN);
+}
+
 // Pixels drawn on a raster image: the image's own, or the selected one.
 class RasterDevice : public SurfaceDevice {
 public:
@@ -71,7 +79,8 @@ public:
         if (image == nullptr || !image->IsCreated()) {
             return false;
         }
-        const RasterView target = VtGraphicsInternals::View(*image);
+        const RasterView target = WritesEveryPixel(dest, rop, clip) ? VtGraphicsInternals::ViewForOverwrite(*image, dest)
+                                                                    : VtGraphicsInternals::View(*image);
         if (source.view.data == target.data) {
             // Within one image the rows read could already have been written.
             const PixelBlock copy(source, dest.Width(), dest.Height());

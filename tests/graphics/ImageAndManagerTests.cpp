@@ -30,6 +30,42 @@ TEST(ImageTest, RowsArePaddedToFourBytesStartZeroedEvenInRecycledMemoryAndCopyUp
     EXPECT_EQ(image->GetPixelColour(0, 1), 0x09090909u);
 }
 
+// A recycled block is zeroed lazily: only where the first write (a copy blit
+// or SetBits) does not reach, or whole when the pixels are looked at first.
+TEST(ImageTest, RecycledImagesAreZeroWhereverTheirFirstWriteDoesNotReach)
+{
+    for (int bpp : {1, 24, 32}) {
+        const int width = 700, height = 400;
+        const auto dirty = [&] { MakeImage(width, height, bpp, kWhite); };  // given back at once
+        dirty();
+        auto viaGetBits = MakeImage(width, height, bpp);
+        std::vector<unsigned char> bytes(static_cast<std::size_t>(viaGetBits->GetRowBytes()) * height, 0xAB);
+        viaGetBits->GetBits(static_cast<long long>(bytes.size()), bytes.data());
+        EXPECT_EQ(std::count(bytes.begin(), bytes.end(), 0), static_cast<long>(bytes.size())) << bpp;
+        viaGetBits.reset();
+        // A copy of white into the middle: white there, black everywhere else.
+        auto source = MakeImage(300, 200, bpp, kWhite);
+        auto sourceGraphics = GraphicsOn(source.get());
+        auto target = MakeImage(width, height, bpp);
+        GraphicsOn(target.get())->BitBlt(101, 53, 300, 200, sourceGraphics.get(), 0, 0, VT_ROP_COPY);
+        const ZedaRect copied(101, 53, 401, 253);
+        int wrong = 0;
+        ForEachPixel(width, height, [&](int x, int y) {
+            const unsigned int expected = copied.PtInRect({x, y}) ? kWhite : kBlack;
+            wrong += ((target->GetPixelColour(x, y) ^ expected) & 0xFFFFFFu) != 0;  // 32 bits: no alpha in new pixels
+        });
+        EXPECT_EQ(wrong, 0) << bpp;
+        const long long size = static_cast<long long>(target->GetRowBytes()) * height;
+        target.reset();
+        // Half written by SetBits: the other half 0.
+        dirty();
+        auto half = MakeImage(width, height, bpp);
+        std::vector<unsigned char> ones(static_cast<std::size_t>(size / 2), 0x11);
+        EXPECT_EQ(half->SetBits(size / 2, ones.data()), size / 2);
+        EXPECT_EQ(std::count(half->GetBitsPointer(), half->GetBitsPointer() + size, 0), size - size / 2) << bpp;
+    }
+}
+
 TEST(ImageTest, PixelsAreStoredInTheDocumentedLayouts)
 {
     const unsigned int colour = ZEDARGBA(0xF8, 0xFC, 0x08, 0x40);

@@ -14,7 +14,7 @@
 #include <random>
 #include <vector>
 
-#include "VtPixelMemory_p.h"
+#include "VtPixelBuffer.h"
 #include "VtRasterShapes_p.h"
 
 namespace {
@@ -370,35 +370,35 @@ long MinorFaults()
     return usage.ru_minflt;
 }
 
-TEST(PixelMemory, LargeBlocksComeBackMappedAndAreZeroedOnlyWhenUsed)
+TEST(PixelBuffer, LargeBlocksComeBackMappedAndAreZeroedOnlyWhenUsed)
 {
     constexpr std::size_t kBytes = std::size_t{8} << 20;
     unsigned char* first = nullptr;
     {
-        PixelBytes block(kBytes, true);
+        VTC::VtPixelBuffer block(kBytes, true);
         ASSERT_TRUE(block);
-        EXPECT_EQ(block.data()[kBytes - 1], 0);
-        std::memset(block.data(), 0x77, kBytes);
-        first = block.data();
+        EXPECT_EQ(block.Data()[kBytes - 1], 0);
+        std::memset(block.Data(), 0x77, kBytes);
+        first = block.Data();
     }
     // The same block again, its pages still there: touching it faults nothing in.
     const long faults = MinorFaults();
-    PixelBytes again(kBytes - 4096, false);
-    ASSERT_EQ(again.data(), first);
-    std::memset(again.data(), 0x11, again.size());
+    VTC::VtPixelBuffer again(kBytes - 4096, false);
+    ASSERT_EQ(again.Data(), first);
+    std::memset(again.Data(), 0x11, again.Size());
     EXPECT_LT(MinorFaults() - faults, 16);
     // A block much smaller than a kept one is not cut from it; a zeroed one is all 0.
-    PixelBytes moved = std::move(again);
-    EXPECT_EQ(moved.data(), first);
-    moved = PixelBytes();
-    PixelBytes small(kBytes / 4, true);
-    EXPECT_NE(small.data(), first);
-    PixelBytes zeroed(kBytes, true);
-    ASSERT_EQ(zeroed.data(), first);
-    EXPECT_TRUE(std::all_of(zeroed.data(), zeroed.data() + kBytes, [](unsigned char b) { return b == 0; }));
+    VTC::VtPixelBuffer moved = std::move(again);
+    EXPECT_EQ(moved.Data(), first);
+    moved = VTC::VtPixelBuffer();
+    VTC::VtPixelBuffer small(kBytes / 4, true);
+    EXPECT_NE(small.Data(), first);
+    VTC::VtPixelBuffer zeroed(kBytes, true);
+    ASSERT_EQ(zeroed.Data(), first);
+    EXPECT_TRUE(std::all_of(zeroed.Data(), zeroed.Data() + kBytes, [](unsigned char b) { return b == 0; }));
     // Small blocks come from the allocator and are zeroed as asked too.
-    PixelBytes tiny(100, true);
-    EXPECT_TRUE(tiny && std::all_of(tiny.data(), tiny.data() + 100, [](unsigned char b) { return b == 0; }));
+    VTC::VtPixelBuffer tiny(100, true);
+    EXPECT_TRUE(tiny && std::all_of(tiny.Data(), tiny.Data() + 100, [](unsigned char b) { return b == 0; }));
 }
 
 }  // namespace

@@ -3,9 +3,8 @@
 #include <sys/mman.h>
 
 #include <cstdlib>
-#include <cstring>
+#include <iterator>
 #include <mutex>
-#include <utility>
 #include <vector>
 
 namespace VTC::gfx::raster {
@@ -108,37 +107,5 @@ void PixelMemory::Give(unsigned char* block, std::size_t capacity)
     }
     Keeper::Instance().Keep({block, capacity});
 }
-
-PixelBytes::PixelBytes(std::size_t size, bool zeroed)
-{
-    bool fresh = false;
-    data_ = PixelMemory::Take(size, capacity_, fresh);
-    if (data_ == nullptr) {
-        return;
-    }
-    size_ = size;
-    if (zeroed && !fresh) {
-        std::memset(data_, 0, size);
-    }
-}
-
-PixelBytes::PixelBytes(PixelBytes&& other) noexcept
-    : data_(std::exchange(other.data_, nullptr)), size_(std::exchange(other.size_, 0)),
-      capacity_(std::exchange(other.capacity_, 0))
-{
-}
-
-PixelBytes& PixelBytes::operator=(PixelBytes&& other) noexcept
-{
-    if (this != &other) {
-        PixelMemory::Give(data_, capacity_);
-        data_ = std::exchange(other.data_, nullptr);
-        size_ = std::exchange(other.size_, 0);
-        capacity_ = std::exchange(other.capacity_, 0);
-    }
-    return *this;
-}
-
-PixelBytes::~PixelBytes() { PixelMemory::Give(data_, capacity_); }
 
 }  // namespace VTC::gfx::raster

@@ -24,26 +24,4 @@ public:
     static void Give(unsigned char* block, std::size_t capacity);
 };
 
-// A block taken from PixelMemory for as long as it lives.
-class PixelBytes {
-public:
-    PixelBytes() = default;
-    // `zeroed`: all bytes 0, written only where the memory was used before.
-    PixelBytes(std::size_t size, bool zeroed);
-    PixelBytes(PixelBytes&& other) noexcept;
-    PixelBytes& operator=(PixelBytes&& other) noexcept;
-    PixelBytes(const PixelBytes&) = delete;
-    PixelBytes& operator=(const PixelBytes&) = delete;
-    ~PixelBytes();
-
-    unsigned char* data() const { return data_; }
-    std::size_t size() const { return size_; }
-    explicit operator bool() const { return data_ != nullptr; }
-
-private:
-    unsigned char* data_ = nullptr;
-    std::size_t size_ = 0;
-    std::size_t capacity_ = 0;
-};
-
 }  // namespace VTC::gfx::raster
