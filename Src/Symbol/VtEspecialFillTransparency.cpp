@@ -15,7 +15,7 @@ using namespace EspecialFillDetail;
 
 namespace {
 
-using PixelBuffer = std::unique_ptr<unsigned char[]>;
+using PixelBuffer = VtPixelBuffer;
 
 // A memory graphics compatible with `reference`, or null.
 VtGraphics* NewMemoryGraphics(VtGraphics* reference)
@@ -52,11 +52,9 @@ std::size_t PixelBytes(const VtImageInfo& info)
     return static_cast<std::size_t>(std::max(info.rowBytes, 0)) * static_cast<std::size_t>(std::max(info.height, 0));
 }
 
-// A pixel buffer of the image's size; throws std::bad_alloc.
-PixelBuffer NewPixelBuffer(const VtImageInfo& info)
-{
-    return std::make_unique_for_overwrite<unsigned char[]>(PixelBytes(info));
-}
+// A pixel buffer of the image's size from the platform's recycled pixel
+// memory, so that repeated calls fault nothing in; empty when out of memory.
+PixelBuffer NewPixelBuffer(const VtImageInfo& info) { return PixelBuffer(PixelBytes(info)); }
 
 // Draws `image` onto `target` at (x, y) with a raster operation, through `memory`.
 bool DrawThrough(VtGraphics* target, int x, int y, int width, int height, VtGraphics* memory, VtImage* image,
@@ -173,32 +171,28 @@ bool BlendOntoSurface(VtGraphics* graphics, VtGraphics* memory, VtImage* backgro
                       const VtImageInfo& info, const BlitPlace& place, unsigned t)
 {
     Capture(memory, background, info.width, info.height, graphics, place.x, place.y);
-    PixelBuffer source, target, maskBits;
-    try {
-        source = NewPixelBuffer(info);
-        target = NewPixelBuffer(info);
-        if (mask != nullptr)
-            maskBits = NewPixelBuffer(info);
-    } catch (const std::bad_alloc&) {
+    PixelBuffer source = NewPixelBuffer(info), target = NewPixelBuffer(info);
+    PixelBuffer maskBits = mask != nullptr ? NewPixelBuffer(info) : PixelBuffer();
+    if (!source || !target || (mask != nullptr && !maskBits)) {
         delete memory;
         delete background;
         return false;
     }
     const auto byteCount = static_cast<long long>(PixelBytes(info));
-    image->GetBits(byteCount, source.get());
-    background->GetBits(byteCount, target.get());
+    image->GetBits(byteCount, source.Data());
+    background->GetBits(byteCount, target.Data());
     if (mask != nullptr)
-        mask->GetBits(byteCount, maskBits.get());
+        mask->GetBits(byteCount, maskBits.Data());
     int cols = 0, rows = 0;
     BlendedArea(graphics, info, place.width, place.height, cols, rows);
     if (mask != nullptr)
-        BlendMaskedArea(source.get(), target.get(), maskBits.get(), info, cols, rows, t);
+        BlendMaskedArea(source.Data(), target.Data(), maskBits.Data(), info, cols, rows, t);
     else
-        BlendArea(source.get(), target.get(), info, cols, rows, t);
-    background->SetBits(byteCount, target.get());
-    source.reset();
-    target.reset();
-    maskBits.reset();
+        BlendArea(source.Data(), target.Data(), info, cols, rows, t);
+    background->SetBits(byteCount, target.Data());
+    source = PixelBuffer();
+    target = PixelBuffer();
+    maskBits = PixelBuffer();
 
     const bool copied =
         DrawThrough(graphics, place.x, place.y, place.width, place.height, memory, background, VT_ROP_COPY);
@@ -559,8 +553,8 @@ bool VtEspecialFill::TransparentRectangle(VtGraphics* graphics, const ZedaRect& 
         delete result;
         return drawn;
     }
-    PixelBuffer pixels(new (std::nothrow) unsigned char[PixelBytes(info)]);
-    if (pixels == nullptr) {
+    PixelBuffer pixels = NewPixelBuffer(info);
+    if (!pixels) {
         delete capturing;
         delete capture;
         restoreCoordinates();
@@ -569,11 +563,11 @@ bool VtEspecialFill::TransparentRectangle(VtGraphics* graphics, const ZedaRect& 
         return false;
     }
     const auto byteCount = static_cast<long long>(PixelBytes(info));
-    capture->GetBits(byteCount, pixels.get());
+    capture->GetBits(byteCount, pixels.Data());
     const bool redFirst = graphics->IsRecording() || graphics->IsPrinting();
-    FillArea(pixels.get(), info, colour, static_cast<unsigned>(t), redFirst);
-    result->SetBits(byteCount, pixels.get());
-    pixels.reset();
+    FillArea(pixels.Data(), info, colour, static_cast<unsigned>(t), redFirst);
+    result->SetBits(byteCount, pixels.Data());
+    pixels = PixelBuffer();
     delete capturing;
     delete capture;
 
