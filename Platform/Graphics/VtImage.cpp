@@ -11,6 +11,7 @@
 
 #include "VtGraphics.h"
 #include "VtGraphicsInternal.h"
+#include "VtPixelCopy_p.h"
 #include "VtPixelMemory_p.h"
 
 namespace VTC {
@@ -242,7 +243,7 @@ long long VtImage::GetBits(long long byteCount, void* buffer) const
     if (count > 0 && state_->zeroPending) {
         std::memset(buffer, 0, static_cast<std::size_t>(count));
     } else if (count > 0) {
-        std::memcpy(buffer, state_->bits.data(), static_cast<std::size_t>(count));
+        gfx::raster::CopyBytes(static_cast<unsigned char*>(buffer), state_->bits.data(), static_cast<std::size_t>(count));
     }
     return count;
 }
@@ -260,7 +261,7 @@ long long VtImage::SetBits(long long byteCount, const void* buffer)
         std::memset(state_->bits.data() + count, 0, state_->bits.size() - static_cast<std::size_t>(count));
         state_->zeroPending = false;
     }
-    std::memcpy(state_->bits.data(), buffer, static_cast<std::size_t>(count));
+    gfx::raster::CopyBytes(state_->bits.data(), static_cast<const unsigned char*>(buffer), static_cast<std::size_t>(count));
     return count;
 }
 

@@ -10,6 +10,7 @@
 
 #include "VtGraphicsInternal.h"
 #include "VtMask.h"
+#include "VtPixelCopy_p.h"
 
 namespace VTC::gfx {
 
@@ -43,9 +44,10 @@ void CopyRows(const RasterView& target, const RasterView& source, const ZedaRect
 {
     const int bytesPerPixel = target.format.bpp / 8;
     const auto length = static_cast<std::size_t>(r.Width()) * static_cast<std::size_t>(bytesPerPixel);
+    raster::RowCopier copier(length * static_cast<std::size_t>(r.Height()));
     for (int y = r.top; y < r.bottom; ++y) {
-        std::memmove(target.Row(y) + static_cast<std::ptrdiff_t>(r.left) * bytesPerPixel,
-                     source.Row(y - dy) + static_cast<std::ptrdiff_t>(r.left - dx) * bytesPerPixel, length);
+        copier.Copy(target.Row(y) + static_cast<std::ptrdiff_t>(r.left) * bytesPerPixel,
+                    source.Row(y - dy) + static_cast<std::ptrdiff_t>(r.left - dx) * bytesPerPixel, length);
     }
 }
 

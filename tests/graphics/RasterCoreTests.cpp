@@ -12,9 +12,11 @@
 #include <functional>
 #include <numbers>
 #include <random>
+#include <tuple>
 #include <vector>
 
 #include "VtPixelBuffer.h"
+#include "VtPixelCopy_p.h"
 #include "VtRasterShapes_p.h"
 
 namespace {
@@ -399,6 +401,32 @@ TEST(PixelBuffer, LargeBlocksComeBackMappedAndAreZeroedOnlyWhenUsed)
     // Small blocks come from the allocator and are zeroed as asked too.
     VTC::VtPixelBuffer tiny(100, true);
     EXPECT_TRUE(tiny && std::all_of(tiny.Data(), tiny.Data() + 100, [](unsigned char b) { return b == 0; }));
+}
+
+TEST(PixelCopy, LargeCopiesStreamEveryByteWhateverTheAlignment)
+{
+    std::vector<unsigned char> source(kStreamingBytes + 300), target(source.size());
+    for (std::size_t i = 0; i < source.size(); ++i)
+        source[i] = static_cast<unsigned char>(i * 131 + 7);
+    for (const auto& [from, to, n] : {std::tuple<std::size_t, std::size_t, std::size_t>{0, 0, kStreamingBytes},
+                                     {3, 5, kStreamingBytes + 200}, {1, 0, 100}, {7, 9, 63}}) {
+        std::fill(target.begin(), target.end(), 0);
+        CopyBytes(target.data() + to, source.data() + from, n);
+        ASSERT_EQ(std::memcmp(target.data() + to, source.data() + from, n), 0) << from << ' ' << to << ' ' << n;
+        ASSERT_EQ(std::count(target.begin(), target.end(), 0),
+                  std::count(target.begin() + static_cast<long>(to), target.begin() + static_cast<long>(to + n), 0) +
+                      static_cast<long>(target.size() - n))
+            << "bytes outside the copy were written";
+    }
+    // Rows of one large operation stream too.
+    std::fill(target.begin(), target.end(), 0);
+    {
+        RowCopier copier(kStreamingBytes);
+        for (std::size_t row = 0; row < 4; ++row)
+            copier.Copy(target.data() + row * 1001 + 1, source.data() + row * 999, 997);
+    }
+    for (std::size_t row = 0; row < 4; ++row)
+        ASSERT_EQ(std::memcmp(target.data() + row * 1001 + 1, source.data() + row * 999, 997), 0) << row;
 }
 
 }  // namespace
