@@ -171,7 +171,11 @@ public:
     }
 
 private:
-    int Next(int i) const { return (i + stride_ + count_) % count_; }
+    int Next(int i) const
+    {
+        const int next = i + stride_;  // wrapped without a division: polygons are small
+        return next < 0 ? next + count_ : (next >= count_ ? next - count_ : next);
+    }
 
     void Seek(Fixed row)
     {
@@ -245,6 +249,21 @@ bool FillMonotone(SpanWriter& out, const FixedPoint* points, int count)
     return true;
 }
 
+// Whether the polygons lie wholly beside or above or below the limits, where
+// every crossing is held at the same edge and every run is empty.
+bool MissesLimits(const ZedaRect& limits, const FixedPoint* points, const int* counts, int polyCount)
+{
+    FixedPoint low{INT64_MAX, INT64_MAX}, high{INT64_MIN, INT64_MIN};
+    for (int p = 0; p < polyCount; ++p) {
+        for (int i = 0; i < counts[p]; ++i, ++points) {
+            low = {std::min(low.x, points->x), std::min(low.y, points->y)};
+            high = {std::max(high.x, points->x), std::max(high.y, points->y)};
+        }
+    }
+    return high.x <= limits.left * kFixedOne || low.x >= limits.right * kFixedOne ||
+           FirstSampledRow(high.y) <= limits.top || FirstSampledRow(low.y) >= limits.bottom;
+}
+
 }  // namespace
 
 Fixed ToFixed(double v) { return std::lrint(v * kFixedOne); }
@@ -253,7 +272,8 @@ FixedPoint ToFixed(double x, double y) { return {ToFixed(x), ToFixed(y)}; }
 
 void FillPolygons(SpanWriter& out, const FixedPoint* points, const int* counts, int polyCount)
 {
-    if (out.IsEmpty() || (polyCount == 1 && counts[0] > 0 && FillMonotone(out, points, counts[0]))) {
+    if (out.IsEmpty() || MissesLimits(out.Limits(), points, counts, polyCount) ||
+        (polyCount == 1 && counts[0] > 0 && FillMonotone(out, points, counts[0]))) {
         return;
     }
     Scratch& s = ThreadScratch();
