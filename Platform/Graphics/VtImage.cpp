@@ -114,10 +114,11 @@ struct VtImage::State {
         const std::size_t keepTo = bitOffset(keep.right) / 8;
         unsigned char* data = bits.data();
         std::memset(data, 0, rowBytes * static_cast<std::size_t>(keep.top));
-        for (int y = keep.top; y < keep.bottom; ++y) {
+        const bool wholeRows = keepFrom == 0 && keepTo == rowBytes;
+        for (int y = keep.top; y < keep.bottom && !wholeRows; ++y) {
             unsigned char* row = data + rowBytes * static_cast<std::size_t>(y);
-            std::memset(row, 0, std::min(keepFrom, rowBytes));
             if (keepTo > keepFrom) {
+                std::memset(row, 0, keepFrom);
                 std::memset(row + keepTo, 0, rowBytes - keepTo);
             } else {
                 std::memset(row, 0, rowBytes);
