@@ -97,14 +97,18 @@ struct VtImage::State {
         return bits.data();
     }
     // Does a pending zero fill outside `keep`, which the caller overwrites.
-    void ZeroAllBut(const ZedaRect& keep)
+    void ZeroAllBut(ZedaRect keep)
     {
         if (!zeroPending) {
             return;
         }
         zeroPending = false;
         const std::size_t rowBytes = static_cast<std::size_t>(stride);
-        if (keep.IsEmpty()) {
+        // Cut to the image by comparisons only: a rectangle from the far ends of
+        // the int range need not have a width that an int holds.
+        keep = {std::clamp(keep.left, 0, width), std::clamp(keep.top, 0, height), std::clamp(keep.right, 0, width),
+                std::clamp(keep.bottom, 0, height)};
+        if (keep.left >= keep.right || keep.top >= keep.bottom) {
             std::memset(bits.data(), 0, bits.size());
             return;
         }

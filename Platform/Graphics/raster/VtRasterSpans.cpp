@@ -72,12 +72,10 @@ void SpanWriter::WriteClipped(int y, int x0, int x1) const
 
 void SpanWriter::Box(const ZedaRect& box)
 {
-    ZedaRect visible = box;
-    if (!visible.Intersection(limits_)) {
-        return;
-    }
-    for (int y = visible.top; y < visible.bottom; ++y) {
-        Span(y, visible.left, visible.right);
+    // Compared, never subtracted: a box may reach from one end of the int range to the other.
+    const int top = std::max(box.top, limits_.top), bottom = std::min(box.bottom, limits_.bottom);
+    for (int y = top; y < bottom; ++y) {
+        Span(y, box.left, box.right);
     }
 }
 
