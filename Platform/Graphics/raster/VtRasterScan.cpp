@@ -194,7 +194,7 @@ private:
     int count_;
     int at_;
     int stride_;
-    Edge edge_{0, 0, 0, 0, 0, 0, 0};
+    Edge edge_{0, INT64_MIN, 0, 0, 0, 0, 0};  // no rows yet: the first call seeks
 };
 
 // Rows first .. end - 1 between the crossings of the two sides.
@@ -281,7 +281,7 @@ void FillPolygons(SpanWriter& out, const FixedPoint* points, const int* counts, 
     s.active.clear();
     CollectEdges(out, points, counts, polyCount, s.edges);
     std::size_t next = 0;
-    for (Fixed y = 0;; ++y) {
+    for (Fixed y = s.edges.empty() ? 0 : s.edges.front().firstRow;; ++y) {
         std::erase_if(s.active, [y](const Edge* e) { return e->endRow <= y; });
         if (s.active.empty()) {
             if (next == s.edges.size()) {
