@@ -23,9 +23,11 @@ function(lq_warnings target)
 endfunction()
 
 # lq_add_library(Name FOLDER dir SOURCES ... HEADERS ... DEPENDS ...)
-# Builds libLq<Name> as a shared library with the alias Lq::<Name>; public headers
-# sit in the library's own folder and are installed flat under include/LqSymbol
-# (private ones, named *_p.h, are not installed).
+# Builds libLq<Name> as a shared library with the alias Lq::<Name>. Public headers
+# (HEADERS) sit in the library's own folder and are installed flat under
+# include/LqSymbol; in the build tree consumers see them through links in
+# <build>/include/Lq<Name>, so private headers (named *_p.h, not installed)
+# stay off their path.
 function(lq_add_library name)
   cmake_parse_arguments(ARG "" "FOLDER" "SOURCES;HEADERS;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
   set(target Lq${name})
@@ -38,9 +40,17 @@ function(lq_add_library name)
     SOVERSION ${PROJECT_VERSION_MAJOR})
   string(TOUPPER ${name} upper)
   target_compile_definitions(${target} PRIVATE LQ_BUILDING_${upper})
-  target_include_directories(${target} PUBLIC
-    $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>
-    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/LqSymbol>)
+  set(public_headers ${ARG_HEADERS})
+  list(FILTER public_headers EXCLUDE REGEX "_p\\.h$")
+  set(public_dir ${CMAKE_BINARY_DIR}/include/${target})
+  file(REMOVE_RECURSE ${public_dir})
+  foreach(header ${public_headers})
+    get_filename_component(header_name ${header} NAME)
+    file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR}/${header} ${public_dir}/${header_name} SYMBOLIC COPY_ON_ERROR)
+  endforeach()
+  target_include_directories(${target}
+    PUBLIC $<BUILD_INTERFACE:${public_dir}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/LqSymbol>
+    PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
   target_link_libraries(${target} PUBLIC ${ARG_DEPENDS} PRIVATE ${ARG_PRIVATE_DEPENDS})
   # The headers need C++20; users get it with the target, whatever their own default.
   target_compile_features(${target} PUBLIC cxx_std_20)
@@ -49,7 +59,5 @@ function(lq_add_library name)
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-  set(public_headers ${ARG_HEADERS})
-  list(FILTER public_headers EXCLUDE REGEX "_p\\.h$")
   install(FILES ${public_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/LqSymbol)
 endfunction()

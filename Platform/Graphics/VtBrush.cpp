@@ -1,6 +1,7 @@
 #include "VtBrush.h"
 
-#include "VtGraphicsInternal.h"
+#include "VtGraphicsLog_p.h"
+#include "VtObjectAccounting_p.h"
 
 namespace VTC {
 
@@ -10,7 +11,7 @@ bool VtBrush::CreateBrush(int style, unsigned int colour, int /*reserved1*/, int
                           const ZEDA::ZedaSize& /*size*/, int /*reserved3*/)
 {
     if (created_ || (style != VT_BRUSH_SOLID && style != VT_BRUSH_NULL)) {
-        gfx::LogFailure("GBr001", "Platform/Graphics/VtBrush", __LINE__);
+        gfx::GraphicsLog("Platform/Graphics/VtBrush").Fail("GBr001");
         return false;
     }
     created_ = true;

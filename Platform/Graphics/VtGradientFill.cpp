@@ -1,10 +1,10 @@
-#include "VtGradientFill.h"
+#include "VtGradientFill_p.h"
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
-#include "VtGraphicsInternal.h"
+#include "VtRegion_p.h"
 
 namespace VTC::gfx {
 

@@ -6,17 +6,19 @@
 #include <utility>
 
 #include "VtBrush.h"
-#include "VtGradientFill.h"
-#include "VtGraphicsInternal.h"
+#include "VtGraphicsLog_p.h"
+#include "VtImage_p.h"
+#include "VtObjectAccounting_p.h"
+#include "VtRgn_p.h"
 #include "VtGraphicsManager.h"
-#include "VtGraphicsState.h"
+#include "VtGraphicsState_p.h"
 #include "VtPen.h"
 
 namespace VTC {
 
 namespace {
 
-constexpr const char* kSource = "Platform/Graphics/VtGraphics";
+constexpr gfx::GraphicsLog kLog{"Platform/Graphics/VtGraphics"};
 
 // Halves round up, so that a shape keeps its size wherever the origin puts it.
 int RoundToInt(double value)
@@ -26,7 +28,7 @@ int RoundToInt(double value)
 
 const cairo_region_t* ClipOf(const VtGraphics::State& s)
 {
-    return s.clip ? VtGraphicsInternals::Region(*s.clip) : nullptr;
+    return s.clip ? VtRgnAccess::Region(*s.clip) : nullptr;
 }
 
 std::optional<gfx::StrokeStyle> StrokeOf(const VtGraphics::State& s)
@@ -63,58 +65,42 @@ ZedaRect GradientBox(const VtGraphics::State& s)
     return box;
 }
 
-using GradientPainter = void (*)(const gfx::RasterView&, const ZedaRect&, const gfx::GradientParams&,
-                                 const cairo_region_t*);
-
-bool DrawNativeGradient(VtGraphics::State& s, GradientPainter paint, const gfx::GradientParams& params)
+// The surface's own gradients where its device draws them and there is a
+// box to fill; null (logged) otherwise.
+gfx::NativeGradients* GradientsFor(VtGraphics::State& s, const ZedaRect& box)
 {
-    VtImage* target = s.kind == VT_SURFACE_NATIVE_GRADIENT ? s.device->TargetImage() : nullptr;
-    const ZedaRect box = GradientBox(s);
-    if (target == nullptr || box.IsEmpty()) {
-        gfx::LogFailure("GGr015", kSource, __LINE__);
-        return false;
+    gfx::NativeGradients* gradients = s.device->Gradients();
+    if (gradients == nullptr || box.IsEmpty()) {
+        kLog.Fail("GGr015");
+        return nullptr;
     }
-    paint(VtGraphicsInternals::View(*target), box, params, ClipOf(s));
-    return true;
+    return gradients;
 }
 
 }  // namespace
 
-std::unique_ptr<VtGraphics::State> MakeGraphicsState(int kind, gfx::PixelFormat format,
-                                                     std::unique_ptr<gfx::SurfaceDevice> device)
-{
-    auto state = std::make_unique<VtGraphics::State>();
-    state->kind = kind;
-    state->format = format;
-    state->device = std::move(device);
-    return state;
-}
-
 VtGraphics::VtGraphics(std::unique_ptr<State> state) : state_(std::move(state)) {}
 
-VtGraphics::~VtGraphics()
-{
-    if (state_->counted) {
-        gfx::CountDestroyed();
-    }
-}
+VtGraphics::~VtGraphics() { gfx::CountDestroyed(); }
 
-int VtGraphics::GetSurfaceKind() const { return state_->kind; }
-bool VtGraphics::IsPrinting() const { return state_->printing; }
-bool VtGraphics::IsRecording() const { return state_->recording; }
+int VtGraphics::GetSurfaceKind() const { return state_->device->Kind(); }
+bool VtGraphics::IsPrinting() const { return state_->device->IsPrinting(); }
+bool VtGraphics::IsRecording() const { return state_->device->IsRecording(); }
 
 void VtGraphics::SetPrinting(bool printing)
 {
-    if (state_->kind != VT_SURFACE_IMAGE) {
-        gfx::LogFailure("GGr001", kSource, __LINE__);
-        return;
+    if (!state_->device->SetPrinting(printing)) {
+        kLog.Fail("GGr001");
     }
-    state_->printing = printing;
-    state_->format.redFirst = state_->format.bpp == 24 && (printing || state_->recording);
 }
 
-int VtGraphics::GetBitsPerPixel() const { return state_->format.bpp; }
-bool VtGraphics::IsRedFirst() const { return state_->format.bpp == 24 && state_->format.redFirst; }
+int VtGraphics::GetBitsPerPixel() const { return state_->device->Format().bpp; }
+
+bool VtGraphics::IsRedFirst() const
+{
+    const gfx::PixelFormat format = state_->device->Format();
+    return format.bpp == 24 && format.redFirst;
+}
 ZedaSize VtGraphics::GetDeviceSize() const { return state_->device->Size(); }
 
 bool VtGraphics::CreateCompatibleGraphics(VtGraphics* reference)
@@ -122,20 +108,17 @@ bool VtGraphics::CreateCompatibleGraphics(VtGraphics* reference)
     if (gfx::TakeFault(VT_FAULT_COMPATIBLE_GRAPHICS)) {
         return false;
     }
-    if (reference == nullptr || !state_->device->SelectsImages()) {
-        gfx::LogFailure("GGr002", kSource, __LINE__);
+    if (reference == nullptr || !state_->device->BecomeCompatible(*reference->state_->device)) {
+        kLog.Fail("GGr002");
         return false;
     }
-    state_->format = reference->state_->format;
-    state_->printing = reference->state_->printing;
-    state_->recording = reference->state_->recording;
     return true;
 }
 
 VtImage* VtGraphics::SelectImage(VtImage* image)
 {
     if (!state_->device->SelectsImages()) {
-        gfx::LogFailure("GGr003", kSource, __LINE__);
+        kLog.Fail("GGr003");
         return nullptr;
     }
     return state_->device->SelectImage(image);
@@ -157,7 +140,7 @@ void VtGraphics::DrawLine(const ZedaPoint& from, const ZedaPoint& to)
 void VtGraphics::DrawPolygon(const ZedaPoint* points, int count)
 {
     if (points == nullptr || count < 2) {
-        gfx::LogFailure("GGr004", kSource, __LINE__);
+        kLog.Fail("GGr004");
         return;
     }
     gfx::ShapeOp op(gfx::ShapeOp::Kind::Polygon);
@@ -208,13 +191,13 @@ bool VtGraphics::BitBlt(int x, int y, int width, int height, VtGraphics* source,
                         unsigned int rop)
 {
     if (source == nullptr || !gfx::IsKnownRop(rop)) {
-        gfx::LogFailure("GGr005", kSource, __LINE__);
+        kLog.Fail("GGr005");
         return false;
     }
     const VtImage* pixels = source->state_->device->ReadBack();
     const ZedaSize size = GetDeviceSize();
     if (pixels == nullptr || size.cx <= 0 || size.cy <= 0) {
-        gfx::LogFailure("GGr006", kSource, __LINE__);
+        kLog.Fail("GGr006");
         return false;
     }
     ZedaRect dest{x, y, x + width, y + height};
@@ -225,7 +208,7 @@ bool VtGraphics::BitBlt(int x, int y, int width, int height, VtGraphics* source,
     // Source pixel = target pixel + shift; keep what lies on both surfaces.
     const int shiftX = from.x - dest.left;
     const int shiftY = from.y - dest.top;
-    const gfx::RasterView view = VtGraphicsInternals::View(*pixels);
+    const gfx::RasterView view = VtImageAccess::View(*pixels);
     ZedaRect sourceBounds = view.Bounds();
     sourceBounds.Offset(-shiftX, -shiftY);
     ZedaRect area = dest;
@@ -271,7 +254,7 @@ bool VtGraphics::DrawImageData(int x, int y, int width, int height, int srcX, in
     const int bpp = info.bitsPerPixel;
     if (info.bits == nullptr || info.width <= 0 || info.height <= 0 || !gfx::IsSupportedDepth(bpp) ||
         info.rowBytes < (static_cast<long long>(info.width) * bpp + 7) / 8) {
-        gfx::LogFailure("GGr007", kSource, __LINE__);
+        kLog.Fail("GGr007");
         return false;
     }
     ZedaRect dest{x, y, x + width, y + height};
@@ -308,7 +291,7 @@ ZedaPoint VtGraphics::SetOrigin(const ZedaPoint& origin) { return std::exchange(
 void VtGraphics::SetScale(double scale)
 {
     if (!std::isfinite(scale) || scale <= 0.0) {
-        gfx::LogFailure("GGr008", kSource, __LINE__);
+        kLog.Fail("GGr008");
         return;
     }
     state_->scale = scale;
@@ -370,12 +353,12 @@ void VtGraphics::DeviceToLogicalPoints(ZedaPoint* points, int count) const
 VtRgn* VtGraphics::SelectClipRegion(VtRgn* region, int mode)
 {
     if ((mode != VT_CLIP_INTERSECT && mode != VT_CLIP_REPLACE) || (mode == VT_CLIP_INTERSECT && region == nullptr)) {
-        gfx::LogFailure("GGr009", kSource, __LINE__);
+        kLog.Fail("GGr009");
         return nullptr;
     }
     std::unique_ptr<VtRgn> next;
     if (region != nullptr) {
-        next = VtGraphicsInternals::MakeRgn(false);
+        next = VtRgnAccess::MakeRgn(false);
         next->CopyFrom(*region);
         if (mode == VT_CLIP_INTERSECT && state_->clip) {
             next->CombineRegion(next.get(), state_->clip.get(), 1);
@@ -405,28 +388,40 @@ VtRgn* VtGraphics::GetClipRegion() const { return state_->clip.get(); }
 bool VtGraphics::DrawLinearGradient(unsigned int colour1, unsigned int colour2, int offsetX, int offsetY,
                                     double angle)
 {
-    return DrawNativeGradient(*state_, gfx::PaintLinearGradient, {colour1, colour2, offsetX, offsetY, angle});
+    const ZedaRect box = GradientBox(*state_);
+    gfx::NativeGradients* gradients = GradientsFor(*state_, box);
+    if (gradients == nullptr) {
+        return false;
+    }
+    gradients->DrawLinear(box, {colour1, colour2, offsetX, offsetY, angle}, ClipOf(*state_));
+    return true;
 }
 
 bool VtGraphics::DrawRadialGradient(unsigned int colour1, unsigned int colour2, int offsetX, int offsetY,
                                     double angle)
 {
-    return DrawNativeGradient(*state_, gfx::PaintRadialGradient, {colour1, colour2, offsetX, offsetY, angle});
+    const ZedaRect box = GradientBox(*state_);
+    gfx::NativeGradients* gradients = GradientsFor(*state_, box);
+    if (gradients == nullptr) {
+        return false;
+    }
+    gradients->DrawRadial(box, {colour1, colour2, offsetX, offsetY, angle}, ClipOf(*state_));
+    return true;
 }
 
 VtImage* VtGraphics::CreateSquareGradientImage(unsigned int colour1, unsigned int colour2, int offsetX,
                                                int offsetY, double angle)
 {
     const ZedaRect box = GradientBox(*state_);
-    if (state_->kind != VT_SURFACE_NATIVE_GRADIENT || box.IsEmpty()) {
-        gfx::LogFailure("GGr015", kSource, __LINE__);
+    const gfx::NativeGradients* gradients = GradientsFor(*state_, box);
+    if (gradients == nullptr) {
         return nullptr;
     }
     std::unique_ptr<VtImage> image(VtGraphicsManager::NewImage(0));
     if (!image || !image->CreateCompatibleImage(this, box.Width(), box.Height())) {
         return nullptr;
     }
-    gfx::PaintSquareGradient(VtGraphicsInternals::View(*image), box, {colour1, colour2, offsetX, offsetY, angle});
+    gradients->PaintSquare(VtImageAccess::View(*image), box, {colour1, colour2, offsetX, offsetY, angle});
     return image.release();
 }
 
@@ -434,7 +429,7 @@ bool VtGraphics::SavePng(const std::string& path)
 {
     const VtImage* pixels = state_->device->ReadBack();
     if (pixels == nullptr) {
-        gfx::LogFailure("GGr006", kSource, __LINE__);
+        kLog.Fail("GGr006");
         return false;
     }
     return pixels->SavePng(path);
@@ -445,7 +440,7 @@ bool VtGraphics::SavePdf(const std::string& path) { return state_->device->SaveP
 bool VtGraphics::Replay(VtGraphics* target) const
 {
     if (target == nullptr || target == this) {
-        gfx::LogFailure("GGr014", kSource, __LINE__);
+        kLog.Fail("GGr014");
         return false;
     }
     return state_->device->Replay(*target->state_->device, ClipOf(*target->state_));

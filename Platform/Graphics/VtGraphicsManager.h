@@ -14,6 +14,9 @@ class VtImage;
 class VtPen;
 class VtBrush;
 class VtRgn;
+namespace gfx {
+class SurfaceDevice;
+}
 
 // Factory of every graphics object, and the test seams.
 class LQ_EXPORT VtGraphicsManager {
@@ -47,8 +50,8 @@ public:
     static int GetLiveObjectCount();
 
 private:
-    // Takes ownership of a new graphics' state and counts the graphics.
-    static VtGraphics* Adopt(std::unique_ptr<VtGraphics::State> state);
+    // A new graphics drawing on `device` (null: none), counted.
+    static VtGraphics* Adopt(std::unique_ptr<gfx::SurfaceDevice> device);
 };
 
 }  // namespace VTC

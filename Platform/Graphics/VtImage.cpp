@@ -10,7 +10,9 @@
 #include <vector>
 
 #include "VtGraphics.h"
-#include "VtGraphicsInternal.h"
+#include "VtGraphicsLog_p.h"
+#include "VtImage_p.h"
+#include "VtObjectAccounting_p.h"
 #include "VtPixelCopy_p.h"
 #include "VtPixelMemory_p.h"
 
@@ -18,7 +20,7 @@ namespace VTC {
 
 namespace {
 
-constexpr const char* kSource = "Platform/Graphics/VtImage";
+constexpr gfx::GraphicsLog kLog{"Platform/Graphics/VtImage"};
 
 VtPalette GreyPalette()
 {
@@ -143,7 +145,7 @@ VtImage::~VtImage()
     }
 }
 
-bool VtGraphicsInternals::Allocate(VtImage& image, int width, int height, gfx::PixelFormat format,
+bool VtImageAccess::Allocate(VtImage& image, int width, int height, gfx::PixelFormat format,
                                    const void* bits)
 {
     const int stride = gfx::StrideFor(width, format.bpp);
@@ -168,7 +170,7 @@ bool VtGraphicsInternals::Allocate(VtImage& image, int width, int height, gfx::P
     return true;
 }
 
-std::unique_ptr<VtImage> VtGraphicsInternals::MakeImage(bool counted)
+std::unique_ptr<VtImage> VtImageAccess::MakeImage(bool counted)
 {
     std::unique_ptr<VtImage> image(new VtImage());
     image->state_->counted = counted;
@@ -178,15 +180,13 @@ std::unique_ptr<VtImage> VtGraphicsInternals::MakeImage(bool counted)
     return image;
 }
 
-gfx::RasterView VtGraphicsInternals::View(const VtImage& image) { return image.state_->View(); }
+gfx::RasterView VtImageAccess::View(const VtImage& image) { return image.state_->View(); }
 
-gfx::RasterView VtGraphicsInternals::ViewForOverwrite(const VtImage& image, const ZedaRect& rect)
+gfx::RasterView VtImageAccess::ViewForOverwrite(const VtImage& image, const ZedaRect& rect)
 {
     image.state_->ZeroAllBut(rect);
     return image.state_->RawView();
 }
-
-gfx::PixelFormat VtGraphicsInternals::Format(const VtImage& image) { return image.state_->format; }
 
 bool VtImage::CreateCompatibleImage(VtGraphics* reference, int width, int height)
 {
@@ -194,12 +194,12 @@ bool VtImage::CreateCompatibleImage(VtGraphics* reference, int width, int height
         return false;
     }
     if (reference == nullptr) {
-        gfx::LogFailure("GIm001", kSource, __LINE__);
+        kLog.Fail("GIm001");
         return false;
     }
     const gfx::PixelFormat format{reference->GetBitsPerPixel(), reference->IsRedFirst()};
-    if (!VtGraphicsInternals::Allocate(*this, width, height, format)) {
-        gfx::LogFailure("GIm002", kSource, __LINE__);
+    if (!VtImageAccess::Allocate(*this, width, height, format)) {
+        kLog.Fail("GIm002");
         return false;
     }
     return true;
@@ -211,8 +211,8 @@ bool VtImage::CreateImage(int width, int height, int planes, int bitsPerPixel, c
     if (gfx::TakeFault(VT_FAULT_CREATE_IMAGE)) {
         return false;
     }
-    if (planes != 1 || !VtGraphicsInternals::Allocate(*this, width, height, {bitsPerPixel, false}, bits)) {
-        gfx::LogFailure("GIm002", kSource, __LINE__);
+    if (planes != 1 || !VtImageAccess::Allocate(*this, width, height, {bitsPerPixel, false}, bits)) {
+        kLog.Fail("GIm002");
         return false;
     }
     if (bitsPerPixel == 8 && palette != nullptr && palette->GetCount() > 0) {
@@ -311,13 +311,13 @@ bool VtImage::SavePng(const std::string& path) const
 {
     const auto view = state_->View();
     if (!view.IsValid()) {
-        gfx::LogFailure("GIm003", kSource, __LINE__);
+        kLog.Fail("GIm003");
         return false;
     }
     std::unique_ptr<cairo_surface_t, CairoSurfaceDeleter> surface(
         cairo_image_surface_create(CAIRO_FORMAT_RGB24, view.width, view.height));
     if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) {
-        gfx::LogFailure("GIm004", kSource, __LINE__);
+        kLog.Fail("GIm004");
         return false;
     }
     unsigned char* data = cairo_image_surface_get_data(surface.get());
@@ -330,7 +330,7 @@ bool VtImage::SavePng(const std::string& path) const
     }
     cairo_surface_mark_dirty(surface.get());
     if (cairo_surface_write_to_png(surface.get(), path.c_str()) != CAIRO_STATUS_SUCCESS) {
-        gfx::LogFailure("GIm005", kSource, __LINE__);
+        kLog.Fail("GIm005");
         return false;
     }
     return true;

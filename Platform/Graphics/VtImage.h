@@ -5,25 +5,11 @@
 #include <vector>
 
 #include "LqBase.h"
+#include "VtPalette.h"
 
 namespace VTC {
 
 class VtGraphics;
-
-// Colour table of an 8-bit image: ZEDARGBA values.
-class LQ_EXPORT VtPalette {
-public:
-    VtPalette() = default;
-    explicit VtPalette(std::vector<unsigned int> colours) : colours_(std::move(colours)) {}
-
-    int GetCount() const { return static_cast<int>(colours_.size()); }
-    unsigned int GetColour(int index) const { return colours_.at(static_cast<std::size_t>(index)); }
-    void SetColours(std::vector<unsigned int> colours) { colours_ = std::move(colours); }
-    void RemoveAll() { colours_.clear(); }
-
-private:
-    std::vector<unsigned int> colours_;
-};
 
 // What an image tells of itself. Callers set planes 1, bitsPerPixel 0, colour
 // white and bits null before the query. reserved1 is 1 for 24-bit pixels
@@ -86,7 +72,7 @@ private:
     struct State;
     std::unique_ptr<State> state_;
     friend class VtGraphics;
-    friend struct VtGraphicsInternals;
+    friend struct VtImageAccess;
 };
 
 }  // namespace VTC

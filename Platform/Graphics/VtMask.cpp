@@ -1,6 +1,6 @@
-#include "VtMask.h"
+#include "VtMask_p.h"
 
-#include "VtGraphicsInternal.h"
+#include "VtRegion_p.h"
 
 namespace VTC::gfx {
 

@@ -2,7 +2,8 @@
 
 #include <cmath>
 
-#include "VtGraphicsInternal.h"
+#include "VtGraphicsLog_p.h"
+#include "VtObjectAccounting_p.h"
 
 namespace VTC {
 
@@ -12,7 +13,7 @@ bool VtPen::CreatePen(int style, unsigned int colour, int /*reserved1*/, int /*r
 {
     const bool knownStyle = style == VT_PEN_SOLID || style == VT_PEN_NULL;
     if (created_ || !knownStyle || !std::isfinite(width) || width < 0.0) {
-        gfx::LogFailure("GPn001", "Platform/Graphics/VtPen", __LINE__);
+        gfx::GraphicsLog("Platform/Graphics/VtPen").Fail("GPn001");
         return false;
     }
     created_ = true;

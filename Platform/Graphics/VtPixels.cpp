@@ -1,4 +1,4 @@
-#include "VtPixels.h"
+#include "VtPixels_p.h"
 
 #include <algorithm>
 #include <climits>

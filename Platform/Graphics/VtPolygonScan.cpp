@@ -1,4 +1,4 @@
-#include "VtPolygonScan.h"
+#include "VtPolygonScan_p.h"
 
 #include <algorithm>
 #include <cstdlib>

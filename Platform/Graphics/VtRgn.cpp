@@ -6,9 +6,9 @@
 #include <optional>
 #include <vector>
 
-#include "VtGraphicsInternal.h"
-#include "VtMask.h"
-#include "VtPolygonScan.h"
+#include "VtGraphicsLog_p.h"
+#include "VtObjectAccounting_p.h"
+#include "VtRgn_p.h"
 
 namespace VTC {
 
@@ -17,103 +17,9 @@ using ZEDA::ZedaRect;
 
 namespace {
 
-constexpr const char* kSource = "Platform/Graphics/VtRgn";
-// Polygons are rasterised in tiles of at most this many pixels a side, so
-// that regions of any extent need only bounded scratch memory.
-constexpr int kTile = 4096;
-
-ZedaRect PointBounds(const ZedaPoint* points, int total)
-{
-    ZedaRect bounds{INT_MAX, INT_MAX, INT_MIN, INT_MIN};
-    for (int i = 0; i < total; ++i) {
-        bounds.left = std::min(bounds.left, points[i].x);
-        bounds.top = std::min(bounds.top, points[i].y);
-        bounds.right = std::max(bounds.right, points[i].x);
-        bounds.bottom = std::max(bounds.bottom, points[i].y);
-    }
-    return bounds;
-}
-
-void TracePolygons(cairo_t* cr, const ZedaPoint* points, const int* counts, int polyCount)
-{
-    for (int p = 0; p < polyCount; ++p) {
-        const int count = counts[p];
-        if (count > 0) {
-            cairo_move_to(cr, points[0].x - gfx::kEdgeBias, points[0].y - gfx::kEdgeBias);
-            for (int i = 1; i < count; ++i) {
-                cairo_line_to(cr, points[i].x - gfx::kEdgeBias, points[i].y - gfx::kEdgeBias);
-            }
-            cairo_close_path(cr);
-        }
-        points += std::max(count, 0);
-    }
-}
-
-void RasteriseTile(const ZedaRect& tile, const ZedaPoint* points, const int* counts, int polyCount,
-                   const std::optional<gfx::PolygonScan>& scan, std::vector<cairo_rectangle_int_t>& runs)
-{
-    if (scan) {
-        scan->ForEachRun(tile, [&](int y, int x0, int x1) { runs.push_back({x0, y, x1 - x0, 1}); });
-        return;
-    }
-    gfx::MaskSurface mask(tile);
-    if (!mask.IsValid()) {
-        return;
-    }
-    cairo_t* cr = mask.Context();
-    cairo_set_fill_rule(cr, CAIRO_FILL_RULE_EVEN_ODD);
-    TracePolygons(cr, points, counts, polyCount);
-    cairo_fill(cr);
-    mask.ForEachRun([&](int y, int x0, int x1) { runs.push_back({x0, y, x1 - x0, 1}); });
-}
+constexpr gfx::GraphicsLog kLog{"Platform/Graphics/VtRgn"};
 
 }  // namespace
-
-namespace gfx {
-
-RegionPtr MakeRegion(const ZedaRect& rect)
-{
-    if (rect.IsEmpty()) {
-        return RegionPtr(cairo_region_create());
-    }
-    const cairo_rectangle_int_t r{rect.left, rect.top, rect.Width(), rect.Height()};
-    return RegionPtr(cairo_region_create_rectangle(&r));
-}
-
-RegionPtr CopyRegion(const cairo_region_t* region) { return RegionPtr(cairo_region_copy(region)); }
-
-ZedaRect RegionExtents(const cairo_region_t* region)
-{
-    if (cairo_region_is_empty(region)) {
-        return {};
-    }
-    cairo_rectangle_int_t r;
-    cairo_region_get_extents(region, &r);
-    return {r.x, r.y, r.x + r.width, r.y + r.height};
-}
-
-RegionPtr RasterisePolygons(const ZedaPoint* points, const int* counts, int polyCount)
-{
-    int total = 0;
-    for (int p = 0; p < polyCount; ++p) {
-        total += std::max(counts[p], 0);
-    }
-    const ZedaRect bounds = PointBounds(points, total);
-    // Shifted as every shape is; cairo scans what this cannot hold exactly.
-    const auto scan = PolygonScan::Make(points, counts, polyCount, -kEdgeBias256);
-    std::vector<cairo_rectangle_int_t> runs;
-    for (long long top = bounds.top; top < bounds.bottom; top += kTile) {
-        for (long long left = bounds.left; left < bounds.right; left += kTile) {
-            const ZedaRect tile{static_cast<int>(left), static_cast<int>(top),
-                                static_cast<int>(std::min<long long>(left + kTile, bounds.right)),
-                                static_cast<int>(std::min<long long>(top + kTile, bounds.bottom))};
-            RasteriseTile(tile, points, counts, polyCount, scan, runs);
-        }
-    }
-    return RegionPtr(cairo_region_create_rectangles(runs.data(), static_cast<int>(runs.size())));
-}
-
-}  // namespace gfx
 
 struct VtRgn::State {
     gfx::RegionPtr region{cairo_region_create()};
@@ -129,7 +35,7 @@ VtRgn::~VtRgn()
     }
 }
 
-std::unique_ptr<VtRgn> VtGraphicsInternals::MakeRgn(bool counted)
+std::unique_ptr<VtRgn> VtRgnAccess::MakeRgn(bool counted)
 {
     std::unique_ptr<VtRgn> rgn(new VtRgn());
     rgn->state_->counted = counted;
@@ -139,9 +45,8 @@ std::unique_ptr<VtRgn> VtGraphicsInternals::MakeRgn(bool counted)
     return rgn;
 }
 
-const cairo_region_t* VtGraphicsInternals::Region(const VtRgn& rgn) { return rgn.state_->region.get(); }
+const cairo_region_t* VtRgnAccess::Region(const VtRgn& rgn) { return rgn.state_->region.get(); }
 
-void VtGraphicsInternals::SetRegion(VtRgn& rgn, gfx::RegionPtr region) { rgn.state_->region = std::move(region); }
 
 bool VtRgn::CreateRectRegion(int left, int top, int right, int bottom)
 {
@@ -164,7 +69,7 @@ bool VtRgn::CreatePolyPolygonRegion(const ZedaPoint* points, const int* counts, 
     const bool countsValid =
         counts != nullptr && polyCount >= 1 && std::all_of(counts, counts + polyCount, [](int c) { return c >= 0; });
     if (points == nullptr || !countsValid || std::all_of(counts, counts + polyCount, [](int c) { return c == 0; })) {
-        gfx::LogFailure("GRg001", kSource, __LINE__);
+        kLog.Fail("GRg001");
         return false;
     }
     state_->region = gfx::RasterisePolygons(points, counts, polyCount);
@@ -174,7 +79,7 @@ bool VtRgn::CreatePolyPolygonRegion(const ZedaPoint* points, const int* counts, 
 bool VtRgn::CombineRegion(VtRgn* a, VtRgn* b, int mode)
 {
     if (a == nullptr || (b == nullptr && mode != 5)) {
-        gfx::LogFailure("GRg002", kSource, __LINE__);
+        kLog.Fail("GRg002");
         return false;
     }
     gfx::RegionPtr result = gfx::CopyRegion(a->state_->region.get());
@@ -195,11 +100,11 @@ bool VtRgn::CombineRegion(VtRgn* a, VtRgn* b, int mode)
     case 5:
         break;
     default:
-        gfx::LogFailure("GRg003", kSource, __LINE__);
+        kLog.Fail("GRg003");
         return false;
     }
     if (status != CAIRO_STATUS_SUCCESS) {
-        gfx::LogFailure("GRg004", kSource, __LINE__);
+        kLog.Fail("GRg004");
         return false;
     }
     state_->region = std::move(result);

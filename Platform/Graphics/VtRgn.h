@@ -33,7 +33,7 @@ protected:
 private:
     struct State;
     std::unique_ptr<State> state_;
-    friend struct VtGraphicsInternals;
+    friend struct VtRgnAccess;
 };
 
 }  // namespace VTC

@@ -1,13 +1,14 @@
-#include "VtShape.h"
+#include "VtShape_p.h"
 
 #include <algorithm>
 #include <climits>
 #include <cmath>
 #include <numbers>
 
-#include "VtGraphicsInternal.h"
-#include "VtMask.h"
+#include "VtMask_p.h"
+#include "VtPolygonScan_p.h"
 #include "VtRasterShapes_p.h"
+#include "VtRegion_p.h"
 
 namespace VTC::gfx {
 

@@ -8,7 +8,7 @@
 
 #include "LqGraphics.h"
 #include "LqToolkit.h"
-#include "VtEspecialFillBlend.h"
+#include "VtEspecialFillBlend_p.h"
 #include "VtModuleLog_p.h"
 
 namespace VTC {

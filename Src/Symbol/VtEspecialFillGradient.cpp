@@ -6,7 +6,7 @@
 
 #include "LqGraphics.h"
 #include "VtEspecialFill.h"
-#include "VtEspecialFillBlend.h"
+#include "VtEspecialFillBlend_p.h"
 #include "VtModuleLog_p.h"
 
 namespace VTC {

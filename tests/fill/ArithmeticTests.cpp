@@ -3,7 +3,7 @@
 #include <numbers>
 
 #include "FillTestSupport.h"
-#include "VtEspecialFillBlend.h"
+#include "VtEspecialFillBlend_p.h"
 
 using namespace FillTest;
 using std::numbers::pi;

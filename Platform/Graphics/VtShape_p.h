@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "LqBase.h"
-#include "VtPixels.h"
+#include "VtPixels_p.h"
 
 namespace VTC::gfx {
 

@@ -1,5 +1,8 @@
 #pragma once
 
+// What a VtGraphics keeps beside its device: pen, brush, clip and mapping.
+// Everything that depends on the kind of surface is the device's.
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -7,7 +10,7 @@
 
 #include "VtGraphics.h"
 #include "VtRgn.h"
-#include "VtSurfaceDevice.h"
+#include "surfaces/VtSurfaceDevice_p.h"
 
 namespace VTC {
 
@@ -15,10 +18,11 @@ class VtPen;
 class VtBrush;
 
 struct VtGraphics::State {
-    int kind = VT_SURFACE_MEMORY;
-    bool printing = false;
-    bool recording = false;
-    gfx::PixelFormat format;  // of the images compatible with this surface
+    explicit State(std::unique_ptr<gfx::SurfaceDevice> surface)
+        : device(std::move(surface)), scale(device->InitialScale())
+    {
+    }
+
     std::unique_ptr<gfx::SurfaceDevice> device;
 
     int mode = 1;
@@ -35,12 +39,6 @@ struct VtGraphics::State {
     // are released at the next clip change, from `supersededFrom` on.
     std::vector<std::unique_ptr<VtRgn>> handedBack;
     std::size_t supersededFrom = SIZE_MAX;
-
-    bool counted = false;
 };
-
-// The manager builds every graphics through these.
-std::unique_ptr<VtGraphics::State> MakeGraphicsState(int kind, gfx::PixelFormat format,
-                                                     std::unique_ptr<gfx::SurfaceDevice> device);
 
 }  // namespace VTC

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "VtImage.h"
+#include "VtPalette.h"
 
 namespace VTC::gfx {
 

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "VtPixels.h"
+#include "VtPixels_p.h"
 
 namespace VTC::gfx {
 

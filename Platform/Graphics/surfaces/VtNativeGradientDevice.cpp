@@ -1,0 +1,43 @@
+#include "VtImage_p.h"
+#include "VtRasterDevice_p.h"
+#include "VtSurfaceDevices_p.h"
+
+namespace VTC::gfx {
+
+namespace {
+
+constexpr GraphicsLog kLog{"Platform/Graphics/surfaces/VtNativeGradientDevice"};
+
+// A raster that draws linear, radial and square gradients itself, exactly
+// per pixel.
+class NativeGradientDevice final : public OwnRasterDevice, public NativeGradients {
+public:
+    using OwnRasterDevice::OwnRasterDevice;
+    int Kind() const override { return VT_SURFACE_NATIVE_GRADIENT; }
+    NativeGradients* Gradients() override { return this; }
+
+    void DrawLinear(const ZedaRect& box, const GradientParams& params, const cairo_region_t* clip) override
+    {
+        PaintLinearGradient(VtImageAccess::View(*Current()), box, params, clip);
+    }
+
+    void DrawRadial(const ZedaRect& box, const GradientParams& params, const cairo_region_t* clip) override
+    {
+        PaintRadialGradient(VtImageAccess::View(*Current()), box, params, clip);
+    }
+
+    void PaintSquare(const RasterView& image, const ZedaRect& box, const GradientParams& params) const override
+    {
+        PaintSquareGradient(image, box, params);
+    }
+};
+
+}  // namespace
+
+std::unique_ptr<SurfaceDevice> MakeNativeGradientDevice(int width, int height, int bitsPerPixel)
+{
+    auto paper = NewSurfacePaper(width, height, {bitsPerPixel, false}, kLog);
+    return paper ? std::make_unique<NativeGradientDevice>(std::move(paper)) : nullptr;
+}
+
+}  // namespace VTC::gfx

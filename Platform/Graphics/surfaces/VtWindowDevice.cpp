@@ -1,0 +1,25 @@
+#include "VtRasterDevice_p.h"
+#include "VtSurfaceDevices_p.h"
+
+namespace VTC::gfx {
+
+namespace {
+
+constexpr GraphicsLog kLog{"Platform/Graphics/surfaces/VtWindowDevice"};
+
+// An on-screen raster, held in memory without a display.
+class WindowDevice final : public OwnRasterDevice {
+public:
+    using OwnRasterDevice::OwnRasterDevice;
+    int Kind() const override { return VT_SURFACE_WINDOW; }
+};
+
+}  // namespace
+
+std::unique_ptr<SurfaceDevice> MakeWindowDevice(int width, int height, int bitsPerPixel)
+{
+    auto paper = NewSurfacePaper(width, height, {bitsPerPixel, false}, kLog);
+    return paper ? std::make_unique<WindowDevice>(std::move(paper)) : nullptr;
+}
+
+}  // namespace VTC::gfx
