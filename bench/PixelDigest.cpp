@@ -1,5 +1,5 @@
 // Prints one digest line per random drawing: shapes, clips, blits and the
-// renderer's fills on images and surfaces of every depth. Two builds of the
+// renderer's fills on images and surfaces of every depth and every kind. Two builds of the
 // graphics platform draw the same pixels exactly when their outputs are equal,
 // so a faster painter is checked against the one it replaces with
 //   lq_pixel_digest 4000 > new.txt; <old build>/lq_pixel_digest 4000 > old.txt; cmp old.txt new.txt
@@ -206,6 +206,76 @@ uint64_t FillCase(Random& rnd)
     return digest;
 }
 
+// One surface of each kind but the vector document, which cannot be read back.
+VtGraphics* RandomSurface(Random& rnd, int w, int h, VtImage* backing)
+{
+    const int bpp = kDepths[rnd.Between(2, 4)];
+    switch (rnd.Between(0, 3)) {
+    case 0:
+        return VtGraphicsManager::CreatePrintGraphics(w * 2, h * 2, 127);
+    case 1:
+        return VtGraphicsManager::CreateRecordingGraphics(w, h, bpp);
+    case 2:
+        return VtGraphicsManager::CreateNativeGradientGraphics(w, h, bpp);
+    default: {
+        backing->CreateImage(w, h, 1, bpp, nullptr, nullptr);
+        backing->Fill(rnd.Colour());
+        VtGraphics* g = VtGraphicsManager::CreateImageGraphics(backing);
+        g->SetPrinting(rnd.Chance(50));
+        return g;
+    }
+    }
+}
+
+// The renderer's fills and a shape on printer pages, recordings (replayed
+// onto a window as well), native-gradient and image-backed surfaces, and a
+// memory graphics made compatible with each.
+uint64_t SurfaceCase(Random& rnd)
+{
+    const int w = rnd.Between(2, 160), h = rnd.Between(2, 160);
+    VtImage* backing = VtGraphicsManager::NewImage(0);
+    VtGraphics* surface = RandomSurface(rnd, w, h, backing);
+    VtGraphics* memory = VtGraphicsManager::NewGraphics(0);
+    memory->CreateCompatibleGraphics(surface);
+    VtImage* memoryImage = VtGraphicsManager::NewImage(0);
+    memoryImage->CreateCompatibleImage(surface, w, h);
+    memoryImage->Fill(rnd.Colour());
+    VtImage* previous = memory->SelectImage(memoryImage);
+    const double angles[] = {0.0, 0.6, 1.5707963267948966, 2.5, 3.141592653589793, 4.0, 5.5};
+    for (VtGraphics* g : {surface, memory}) {
+        const ZedaSize size = g->GetDeviceSize();
+        if (rnd.Chance(30)) {
+            VtRgn* region = RandomRegion(rnd, size.cx, size.cy);
+            g->SelectClipRegion(region, VT_CLIP_REPLACE);
+            delete region;
+        }
+        VtPen* pen = VtGraphicsManager::NewPen(0);
+        VtBrush* brush = VtGraphicsManager::NewBrush(0);
+        DrawShape(rnd, g, w, h, pen, brush);
+        g->SelectPen(nullptr);
+        g->SelectBrush(nullptr);
+        delete pen;
+        delete brush;
+        VtEspecialFill::GradientRectangle(g, rnd.Rect(w, h), rnd.Colour(), rnd.Colour(), angles[rnd.Between(0, 6)],
+                                          rnd.Between(-100, 100), rnd.Between(-100, 100), rnd.Between(10, 13),
+                                          rnd.Between(0, 100));
+        VtEspecialFill::TransparentRectangle(g, rnd.Rect(w, h), rnd.Colour(), rnd.Between(0, 100));
+    }
+    uint64_t digest = Digest(surface->GetTargetImage()) ^ (Digest(memoryImage) * 31);
+    if (surface->IsRecording()) {
+        VtGraphics* window = VtGraphicsManager::CreateWindowGraphics(w, h, 32);
+        surface->Replay(window);
+        digest ^= Digest(window->GetTargetImage()) * 17;
+        delete window;
+    }
+    memory->SelectImage(previous);
+    delete memory;
+    delete memoryImage;
+    delete surface;
+    delete backing;
+    return digest;
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -213,9 +283,9 @@ int main(int argc, char** argv)
     const int cases = argc > 1 ? std::atoi(argv[1]) : 2000;
     for (int i = 0; i < cases; ++i) {
         Random rnd(static_cast<unsigned>(i));
-        const bool fill = i % 4 == 3;
-        std::printf("%d %c %016llx\n", i, fill ? 'f' : 'd',
-                    static_cast<unsigned long long>(fill ? FillCase(rnd) : DrawingCase(rnd)));
+        const char kind = i % 4 == 3 ? 'f' : i % 8 == 1 ? 's' : 'd';
+        const uint64_t digest = kind == 'f' ? FillCase(rnd) : kind == 's' ? SurfaceCase(rnd) : DrawingCase(rnd);
+        std::printf("%d %c %016llx\n", i, kind, static_cast<unsigned long long>(digest));
     }
     return VtGraphicsManager::GetLiveObjectCount() == 0 ? 0 : 1;
 }

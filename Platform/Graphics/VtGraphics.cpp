@@ -79,6 +79,11 @@ gfx::NativeGradients* GradientsFor(VtGraphics::State& s, const ZedaRect& box)
 
 }  // namespace
 
+gfx::PixelFormat gfx::CompatibleFormat(const VtGraphics& graphics)
+{
+    return {graphics.GetBitsPerPixel(), graphics.IsRedFirst()};
+}
+
 VtGraphics::VtGraphics(std::unique_ptr<State> state) : state_(std::move(state)) {}
 
 VtGraphics::~VtGraphics() { gfx::CountDestroyed(); }

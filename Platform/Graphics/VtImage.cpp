@@ -9,7 +9,6 @@
 #include <new>
 #include <vector>
 
-#include "VtGraphics.h"
 #include "VtGraphicsLog_p.h"
 #include "VtImage_p.h"
 #include "VtObjectAccounting_p.h"
@@ -197,7 +196,7 @@ bool VtImage::CreateCompatibleImage(VtGraphics* reference, int width, int height
         kLog.Fail("GIm001");
         return false;
     }
-    const gfx::PixelFormat format{reference->GetBitsPerPixel(), reference->IsRedFirst()};
+    const gfx::PixelFormat format = gfx::CompatibleFormat(*reference);
     if (!VtImageAccess::Allocate(*this, width, height, format)) {
         kLog.Fail("GIm002");
         return false;

@@ -22,4 +22,12 @@ struct VtImageAccess {
                          const void* bits = nullptr);
 };
 
+namespace gfx {
+
+// The format of images compatible with `graphics`. Defined with VtGraphics,
+// so that images, a layer below, need not see surfaces.
+PixelFormat CompatibleFormat(const VtGraphics& graphics);
+
+}  // namespace gfx
+
 }  // namespace VTC

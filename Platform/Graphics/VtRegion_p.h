@@ -20,8 +20,6 @@ RegionPtr CopyRegion(const cairo_region_t* region);
 // The intersection of two clips, either of which may be null (no clip).
 RegionPtr IntersectClips(const cairo_region_t* a, const cairo_region_t* b);
 ZEDA::ZedaRect RegionExtents(const cairo_region_t* region);
-// The even-odd interior of the polygons, sampled at pixel centres.
-RegionPtr RasterisePolygons(const ZEDA::ZedaPoint* points, const int* counts, int polyCount);
 
 // Calls visit(rect) for each rectangle of `box` that lies within `bounds` and
 // inside `clip` (null: no clip).

@@ -1,13 +1,12 @@
 #include "VtRgn.h"
 
 #include <algorithm>
-#include <climits>
-#include <cmath>
-#include <optional>
-#include <vector>
+#include <memory>
+#include <utility>
 
 #include "VtGraphicsLog_p.h"
 #include "VtObjectAccounting_p.h"
+#include "VtPolygonRegion_p.h"
 #include "VtRgn_p.h"
 
 namespace VTC {
