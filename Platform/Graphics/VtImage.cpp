@@ -17,6 +17,8 @@
 
 namespace VTC {
 
+using ZEDA::ZedaRect;
+
 namespace {
 
 constexpr gfx::GraphicsLog kLog{"Platform/Graphics/VtImage"};
