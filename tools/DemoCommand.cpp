@@ -105,7 +105,11 @@ bool BuildLines(LineSymbolLib& lib)
 
 std::string MakeWorkDirectory()
 {
-    std::string pattern = VTC::VtFile::GetTemporaryPath().ToUtf8() + "lqsymbol-demo-XXXXXX";
+    std::error_code error;
+    const std::filesystem::path system = std::filesystem::temp_directory_path(error);
+    if (error)
+        return {};
+    std::string pattern = (system / "lqsymbol-demo-XXXXXX").string();
     return mkdtemp(pattern.data()) ? pattern : std::string();
 }
 

@@ -96,15 +96,43 @@ bool CopyContents(int from, int to)
     }
 }
 
+// The folder behind GetTemporaryPath. Should it not be made (a system
+// temporary directory that cannot be written), its name stays a pattern that
+// names no file: creating cache files in it fails cleanly, and no path outside
+// it can contain it.
+class PrivateDirectory {
+public:
+    PrivateDirectory()
+    {
+        const char* fromEnvironment = std::getenv("TMPDIR");
+        std::string pattern = (fromEnvironment && *fromEnvironment) ? fromEnvironment : "/tmp";
+        if (pattern.back() != '/')
+            pattern += '/';
+        pattern += "lq-XXXXXX";
+        made_ = mkdtemp(pattern.data()) != nullptr;
+        path_ = pattern;
+    }
+    ~PrivateDirectory()
+    {
+        if (made_)
+            rmdir(path_.c_str());  // fails, keeping everything, unless empty
+    }
+    PrivateDirectory(const PrivateDirectory&) = delete;
+    PrivateDirectory& operator=(const PrivateDirectory&) = delete;
+
+    ZedaUnicodeString Path() const { return ZedaUnicodeString::FromUtf8(path_ + "/"); }
+
+private:
+    std::string path_;
+    bool made_ = false;
+};
+
 }  // namespace
 
 ZedaUnicodeString VtFile::GetTemporaryPath()
 {
-    const char* fromEnvironment = std::getenv("TMPDIR");
-    std::string dir = (fromEnvironment && *fromEnvironment) ? fromEnvironment : "/tmp";
-    if (dir.back() != '/')
-        dir += '/';
-    return ZedaUnicodeString::FromUtf8(dir);
+    static const PrivateDirectory directory;
+    return directory.Path();
 }
 
 unsigned int VtFile::GetTemporaryFileName(const ZedaUnicodeString& dir, const ZedaUnicodeString& prefix,

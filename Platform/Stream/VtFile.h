@@ -10,7 +10,12 @@ using ZEDA::ZedaUnicodeString;
 // File-system helpers. Paths are UTF-16 here and UTF-8 on the file system.
 class LQ_EXPORT VtFile {
 public:
-    // The temporary directory ($TMPDIR, else /tmp), always ending in '/'.
+    // The process's private temporary directory, always ending in '/': a
+    // folder of its own, made with a unique name inside the system's
+    // temporary directory ($TMPDIR, else /tmp) on first use, readable by the
+    // user alone, and removed at exit when it is empty. Since only the
+    // library's own files lie in it, no user's file can ever be taken for a
+    // cache file.
     static ZedaUnicodeString GetTemporaryPath();
     // Creates an empty file `dir` + `prefix` + a unique part + ".tmp" and gives
     // its path in `result` (unique 0 = choose the unique part; any other value

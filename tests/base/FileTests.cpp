@@ -1,4 +1,7 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -25,19 +28,55 @@ TEST(VtFile, ExtensionsChangeOnlyInTheLastComponent)
     EXPECT_EQ(VtFile::StripExt(u"/data/v1.2/lib.sym"), u"/data/v1.2/lib");
 }
 
-TEST(VtFile, TemporaryNamesAreUniqueCreatedAndInTmpdir)
+// In a fresh process whose TMPDIR is `system`: the temporary path is a
+// folder of its own inside it, private and stable; at exit it is removed when
+// empty and kept with whatever is left in it. Gives the path and whether the
+// child found all that.
+std::pair<std::string, bool> TemporaryPathOfAChild(const std::string& system, bool leaveAFile)
 {
-    const char* const previous = std::getenv("TMPDIR");
-    const std::string saved = previous ? previous : "";
-    for (const auto& [tmpdir, expected] : {std::pair{"/var/tmp", u"/var/tmp/"}, {"", u"/tmp/"}}) {
-        setenv("TMPDIR", tmpdir, 1);
-        EXPECT_EQ(VtFile::GetTemporaryPath(), expected) << tmpdir;
+    int channel[2];
+    if (pipe(channel) != 0)
+        return {};
+    const pid_t child = fork();
+    if (child == 0) {
+        setenv("TMPDIR", system.c_str(), 1);
+        const std::string path = VtFile::GetTemporaryPath().ToUtf8();
+        struct stat info {};
+        const bool private_ = path == VtFile::GetTemporaryPath().ToUtf8() && stat(path.c_str(), &info) == 0 &&
+                              S_ISDIR(info.st_mode) && (info.st_mode & 0777) == 0700;
+        if (leaveAFile)
+            std::ofstream(path + "kept") << "mine";
+        (void)!write(channel[1], path.data(), path.size());
+        std::exit(private_ ? 0 : 1);  // static objects are destroyed: the folder goes if empty
     }
-    if (previous)
-        setenv("TMPDIR", saved.c_str(), 1);
-    else
-        unsetenv("TMPDIR");
+    close(channel[1]);
+    std::string path(4096, '\0');
+    const ssize_t got = read(channel[0], path.data(), path.size());
+    close(channel[0]);
+    path.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+    int status = 0;
+    waitpid(child, &status, 0);
+    return {path, WIFEXITED(status) && WEXITSTATUS(status) == 0};
+}
 
+TEST(VtFile, TheTemporaryPathIsAPrivateFolderInTmpdirRemovedWhenEmpty)
+{
+    TempDir system;
+    for (const bool leaveAFile : {false, true}) {
+        const auto [path, private_] = TemporaryPathOfAChild(system.Dir().ToUtf8(), leaveAFile);
+        EXPECT_TRUE(private_) << path;
+        EXPECT_EQ(path.rfind(system.Dir().ToUtf8() + "lq-", 0), 0u) << path;
+        EXPECT_EQ(path.back(), '/');
+        EXPECT_EQ(std::filesystem::exists(path), leaveAFile) << path;
+        EXPECT_EQ(std::filesystem::exists(path + "kept"), leaveAFile) << path;
+    }
+    // Two processes never share one.
+    EXPECT_NE(TemporaryPathOfAChild(system.Dir().ToUtf8(), false).first,
+              TemporaryPathOfAChild(system.Dir().ToUtf8(), false).first);
+}
+
+TEST(VtFile, TemporaryNamesAreUniqueAndCreated)
+{
     // Threads started together tend to pick the same first candidate and must retry.
     TempDir dir;
     std::vector<std::vector<ZedaUnicodeString>> perThread(4);

@@ -71,10 +71,11 @@ public:
 [[maybe_unused]] const auto* const environment =
     ::testing::AddGlobalTestEnvironment(new PrivateTemporaryDirectory);
 
+// Files in the library's own folder inside that directory.
 std::size_t TemporaryFileCount()
 {
     return static_cast<std::size_t>(
-        std::distance(fs::directory_iterator(PrivateTemporaryDirectory::Temporary()), fs::directory_iterator()));
+        std::distance(fs::directory_iterator(VTC::VtFile::GetTemporaryPath().ToUtf8()), fs::directory_iterator()));
 }
 
 // A picture whose every pixel depends on the seed.
@@ -170,8 +171,8 @@ protected:
         EXPECT_EQ(TemporaryFileCount(), 0u) << "cache files left in the temporary directory";
         std::error_code ignored;
         fs::remove_all(work, ignored);
-        fs::remove_all(PrivateTemporaryDirectory::Temporary(), ignored);
-        fs::create_directory(PrivateTemporaryDirectory::Temporary());
+        for (const auto& entry : fs::directory_iterator(VTC::VtFile::GetTemporaryPath().ToUtf8()))
+            fs::remove_all(entry, ignored);
     }
     std::string Work(const std::string& name) const { return work + "/" + name; }
 
