@@ -66,6 +66,9 @@ Db Deserialize(const std::uint8_t* data, std::size_t size)
         return nullptr;
     }
     Db db(raw);
+    // A seed's own schema may compute huge values (a generated column): the
+    // mutator's edits stay small.
+    sqlite3_limit(raw, SQLITE_LIMIT_LENGTH, 1 << 20);
     auto* copy = static_cast<unsigned char*>(sqlite3_malloc64(size));
     if (!copy)
         return nullptr;

@@ -8,11 +8,11 @@
 
 namespace {
 
-// The first byte picks the format version: the legacy value is read before
-// 20050302 and not from then on.
+// The first byte picks the format version: records up to 20050302 carry a
+// legacy value after each name, later ones do not.
 unsigned int VersionFor(std::uint8_t selector)
 {
-    constexpr unsigned int versions[] = {20050301, 20050302, VTC::VtSymbolLib::containerVersion, 1};
+    constexpr unsigned int versions[] = {20050302, 20200101, VTC::VtSymbolLib::containerVersion, 1};
     return versions[selector % 4];
 }
 

@@ -125,14 +125,15 @@ void WriteLibrarySeeds(const std::string& kind, const std::function<void(Library
         Library lib;
         fill(lib, count);
         const std::string name = kind + std::to_string(count);
-        for (const unsigned int version : {20050302u, 20050301u}) {
+        // With and without the legacy value in the group records.
+        for (const unsigned int version : {20050302u, 20200101u}) {
             const lqfuzz::Bytes stream = StreamOf(lib, version);
             const std::string versioned = name + "-" + std::to_string(version);
             WriteSeed(kind + "_stream", versioned, stream);
             WriteSeed("lqsymbol", versioned + "-tree", Prefixed(0, stream));
             WriteSeed("lqsymbol", versioned + "-export", Prefixed(3, stream));
             WriteSeed("lqsymbol", versioned + "-convert", Prefixed(4, stream));
-            WriteSeed("group_record", versioned, Prefixed(version == 20050302u ? 1 : 0, GroupRecordOf(lib, version)));
+            WriteSeed("group_record", versioned, Prefixed(version == 20050302u ? 0 : 1, GroupRecordOf(lib, version)));
         }
         if (count > 0)
             WriteSeed("resource_cache", name, CacheSeedOf(lib));
