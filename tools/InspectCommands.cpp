@@ -164,10 +164,21 @@ void PrintInfo(const Json& info)
 }
 
 // Strings from a file need not be UTF-8 (a cache section's stamp is raw
-// bytes): what is not UTF-8 becomes U+FFFD instead of failing the dump.
+// bytes): what is not UTF-8 becomes U+FFFD instead of failing the dump. The
+// library leaves DEL raw, which a terminal may act on; it can only stand
+// inside a string, where its escape means the same.
 std::string Dump(const Json& document)
 {
-    return document.dump(2, ' ', false, Json::error_handler_t::replace);
+    const std::string raw = document.dump(2, ' ', false, Json::error_handler_t::replace);
+    std::string escaped;
+    escaped.reserve(raw.size());
+    for (const char c : raw) {
+        if (c == '\x7F')
+            escaped += "\\u007f";
+        else
+            escaped += c;
+    }
+    return escaped;
 }
 
 }  // namespace
