@@ -14,7 +14,7 @@
 
 #include "LqGraphics.h"
 #include "VtEspecialFill.h"
-#include "VtEspecialFillBlend_p.h"
+#include "VtBlendKernels_p.h"
 
 namespace {
 

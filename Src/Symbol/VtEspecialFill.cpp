@@ -1,14 +1,12 @@
 #include "VtEspecialFill.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <numbers>
-#include <vector>
 
 #include "LqGraphics.h"
 #include "LqToolkit.h"
-#include "VtEspecialFillBlend_p.h"
+#include "VtEspecialFill_p.h"
 #include "VtModuleLog_p.h"
 
 namespace VTC {
@@ -38,75 +36,6 @@ ZedaRect ScreenRect()
 {
     const ZedaSize screen = VtEspecialFill::GetScreenSize();
     return ZedaRect(0, 0, screen.cx, screen.cy);
-}
-
-bool ClipRegionToScreen(VtRgn* region)
-{
-    const ZedaRect screen = ScreenRect();
-    VtRgn* screenRegion = VtGraphicsManager::NewRgn(0);
-    if (screenRegion == nullptr) {
-        delete region;
-        especialFillLog.Fail("EFd009");
-        return false;
-    }
-    screenRegion->CreateRectRegion(screen.left, screen.top, screen.right, screen.bottom);
-    region->CombineRegion(region, screenRegion, 1);
-    delete screenRegion;
-    return true;
-}
-
-namespace {
-
-std::vector<ZedaPoint> DevicePoints(VtGraphics* graphics, const ZedaPoint* points, int count)
-{
-    std::vector<ZedaPoint> copy(points, points + std::max(count, 0));
-    graphics->LogicalToDevicePoints(copy.data(), static_cast<int>(copy.size()));
-    return copy;
-}
-
-int PointTotal(const int* counts, int polyCount)
-{
-    int total = 0;
-    for (int i = 0; i < polyCount; ++i)
-        total += counts[i];
-    return total;
-}
-
-// A new region that `create` builds from a device-pixel copy of `count`
-// points; the copy is made only once the region object exists.
-template <typename Create>
-VtRgn* NewShapeRegion(VtGraphics* graphics, const ZedaPoint* points, int count, const char* noRegionCode,
-                      Create create)
-{
-    VtRgn* region = VtGraphicsManager::NewRgn(0);
-    if (region == nullptr) {
-        especialFillLog.Fail(noRegionCode);
-        return nullptr;
-    }
-    const std::vector<ZedaPoint> copy = DevicePoints(graphics, points, count);
-    if (!create(region, copy.data())) {
-        delete region;
-        especialFillLog.Fail("EFd009");
-        return nullptr;
-    }
-    return region;
-}
-
-}  // namespace
-
-VtRgn* NewPolygonRegion(VtGraphics* graphics, const ZedaPoint* points, int count, const char* noRegionCode)
-{
-    return NewShapeRegion(graphics, points, count, noRegionCode,
-                          [&](VtRgn* region, const ZedaPoint* copy) { return region->CreatePolygonRegion(copy, count); });
-}
-
-VtRgn* NewPolyPolygonRegion(VtGraphics* graphics, const ZedaPoint* points, const int* counts, int polyCount,
-                            const char* noRegionCode)
-{
-    return NewShapeRegion(graphics, points, PointTotal(counts, polyCount), noRegionCode,
-                          [&](VtRgn* region, const ZedaPoint* copy) {
-                              return region->CreatePolyPolygonRegion(copy, counts, polyCount);
-                          });
 }
 
 bool DrawOpaqueRectangle(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour)

@@ -6,7 +6,8 @@
 
 #include "LqGraphics.h"
 #include "VtEspecialFill.h"
-#include "VtEspecialFillBlend_p.h"
+#include "VtEspecialFillRegion_p.h"
+#include "VtEspecialFill_p.h"
 #include "VtModuleLog_p.h"
 
 namespace VTC {

@@ -1,9 +1,13 @@
 #include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
 #include <cstring>
 #include <numbers>
 
 #include "FillTestSupport.h"
-#include "VtEspecialFillBlend_p.h"
+#include "VtBlendKernelSet_p.h"
+#include "VtBlendKernels_p.h"
 
 using namespace FillTest;
 using std::numbers::pi;
@@ -105,16 +109,14 @@ TEST(PixelAccess, EveryLayout)
 
 TEST(BlendKernels, EveryPathMatchesTheFormulaAndForcesTheFourthByte)
 {
-    using Kernel = void (*)(const unsigned char*, unsigned char*, std::size_t, unsigned, std::uint32_t);
+    // Every instruction set this processor runs, each finished by the
+    // portable formula, and the table chosen for BlendBytes.
     namespace k = detail::Kernels;
-    // Each vector path finished by the portable formula, and the dispatcher.
-    std::vector<std::pair<const char*, Kernel>> kernels = {
-        {"portable", [](auto... a) { k::BlendBytesFrom(0, a...); }}, {"dispatched", detail::BlendBytes}};
-#if defined(__SSE2__)
-    kernels.emplace_back("sse2", [](auto... a) { k::BlendBytesFrom(k::BlendBytesSse2(0, a...), a...); });
-    if (k::HasAvx2())
-        kernels.emplace_back("avx2", [](auto... a) { k::BlendBytesFrom(k::BlendBytesAvx2(a...), a...); });
-#endif
+    using Kernel = std::function<void(const unsigned char*, unsigned char*, std::size_t, unsigned, std::uint32_t)>;
+    std::vector<std::pair<std::string, Kernel>> kernels = {{"dispatched", detail::BlendBytes}};
+    for (const k::BlendTable& table : k::RunnableTables())
+        kernels.emplace_back(table.name, [&table](auto... a) { k::BlendBytesWith(table, a...); });
+    EXPECT_EQ(std::string(k::ChosenTable().name), kernels[1].first);
     const std::uint32_t keep = detail::ColourBytesMask32();
     unsigned char keepBytes[4];
     std::memcpy(keepBytes, &keep, 4);

@@ -1,0 +1,37 @@
+#pragma once
+
+// What the gradient and the transparency halves of VtEspecialFill share:
+// surface questions and the opaque fill. Region helpers are in
+// VtEspecialFillRegion_p.h, the blend kernels in blend/.
+
+#include "LqBase.h"
+
+namespace VTC {
+
+class VtGraphics;
+struct VtImageInfo;
+
+namespace EspecialFillDetail {
+
+// A surface that is neither printing nor recording is bound to the screen.
+// IsRecording is asked only when IsPrinting is false.
+bool IsScreenSurface(VtGraphics* graphics);
+
+// The record GetImageInfo fills, set up the way every caller must set it.
+void ResetImageInfo(VtImageInfo& info);
+
+// (0, 0) to the screen size of VtEspecialFill::GetScreenSize.
+ZEDA::ZedaRect ScreenRect();
+
+// An opaque rectangle of the colour without an outline; false (logged) when
+// the brush or the pen cannot be made.
+bool DrawOpaqueRectangle(VtGraphics* graphics, const ZEDA::ZedaRect& rect, unsigned int colour);
+
+// Half away from zero, then truncated.
+inline int RoundAway(double value)
+{
+    return static_cast<int>(value > 0 ? value + 0.5 : value - 0.5);
+}
+
+}  // namespace EspecialFillDetail
+}  // namespace VTC
