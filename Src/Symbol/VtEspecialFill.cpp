@@ -38,28 +38,39 @@ ZedaRect ScreenRect()
     return ZedaRect(0, 0, screen.cx, screen.cy);
 }
 
+Owned<VtGraphics> NewMemoryGraphics(VtGraphics* reference)
+{
+    Owned<VtGraphics> memory(VtGraphicsManager::NewGraphics(0));
+    if (memory && !memory->CreateCompatibleGraphics(reference))
+        memory.reset();
+    return memory;
+}
+
+Owned<VtImage> NewCompatibleImage(VtGraphics* reference, int width, int height)
+{
+    Owned<VtImage> image(VtGraphicsManager::NewImage(0));
+    if (image && !image->CreateCompatibleImage(reference, width, height))
+        image.reset();
+    return image;
+}
+
 bool DrawOpaqueRectangle(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour)
 {
-    VtBrush* brush = VtGraphicsManager::NewBrush(0);
-    if (brush == nullptr) {
-        especialFillLog.Fail("EGe001");
-        return false;
-    }
-    VtPen* pen = VtGraphicsManager::NewPen(0);
-    if (pen == nullptr) {
-        delete brush;
+    Owned<VtPen> pen;
+    const Owned<VtBrush> brush(VtGraphicsManager::NewBrush(0));
+    if (brush)
+        pen.reset(VtGraphicsManager::NewPen(0));
+    if (!pen) {
         especialFillLog.Fail("EGe001");
         return false;
     }
     brush->CreateBrush(VT_BRUSH_SOLID, colour, 100, 0, ZedaSize(0, 0), 0);
     pen->CreatePen(VT_PEN_NULL, ZEDARGB(0, 0, 0), 0, 0, 0.0);
-    VtBrush* previousBrush = graphics->SelectBrush(brush);
-    VtPen* previousPen = graphics->SelectPen(pen);
+    VtBrush* previousBrush = graphics->SelectBrush(brush.get());
+    VtPen* previousPen = graphics->SelectPen(pen.get());
     graphics->DrawRectangle(rect);
     graphics->SelectBrush(previousBrush);
     graphics->SelectPen(previousPen);
-    delete brush;
-    delete pen;
     return true;
 }
 

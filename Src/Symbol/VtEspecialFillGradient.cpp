@@ -20,18 +20,33 @@ using std::numbers::pi;
 
 enum GradientKind : int { kLinear = 10, kRadial = 11, kConical = 12, kSquare = 13 };
 
-// The memory graphics and the image that a generator paints into.
+// The memory graphics and the image that a generator paints into. While the
+// canvas lives the image is selected into the memory graphics; then the
+// previous image is selected back and the memory graphics destroyed, and
+// the image with it unless it was handed out.
 struct GradientCanvas {
     ZedaRect area;  // the working rectangle W, device pixels
     bool screen = true;
-    VtGraphics* memory = nullptr;
-    VtImage* image = nullptr;
+    Owned<VtImage> image;  // destroyed after the memory graphics
+    Owned<VtGraphics> memory;
     VtImage* previousImage = nullptr;
+    bool selected = false;
 
     // W starts as a normalised copy of the target rectangle.
     explicit GradientCanvas(const ZedaRect& rect) : area(rect) { area.Normalize(); }
+    GradientCanvas(const GradientCanvas&) = delete;
+    GradientCanvas& operator=(const GradientCanvas&) = delete;
+
+    ~GradientCanvas()
+    {
+        if (selected)
+            memory->SelectImage(previousImage);
+    }
 
     ZedaPoint Local(const ZedaPoint& p) const { return ZedaPoint(p.x - area.left, p.y - area.top); }
+
+    // The painted image, now the caller's.
+    VtImage* HandOut() { return image.release(); }
 };
 
 // Screen surfaces never get gradient work beyond the screen.
@@ -42,51 +57,32 @@ void ClipToScreen(VtGraphics* graphics, GradientCanvas& canvas)
         canvas.area.Intersection(ScreenRect());
 }
 
-// Size test, memory graphics and image of the working rectangle; on failure
-// everything made is destroyed and the failure logged.
+// Size test, memory graphics and image of the working rectangle; false
+// (logged) when the canvas cannot be made.
 bool OpenCanvas(VtGraphics* graphics, GradientCanvas& canvas)
 {
     if (canvas.area.Width() < 2 || canvas.area.Height() < 2) {
         especialFillLog.Fail("EEa003");
         return false;
     }
-    canvas.memory = VtGraphicsManager::NewGraphics(0);
-    if (canvas.memory == nullptr) {
+    canvas.memory = NewMemoryGraphics(graphics);
+    if (!canvas.memory) {
         especialFillLog.Fail("EGd001");
         return false;
     }
-    if (!canvas.memory->CreateCompatibleGraphics(graphics)) {
-        delete canvas.memory;
-        especialFillLog.Fail("EGd001");
-        return false;
-    }
-    canvas.image = VtGraphicsManager::NewImage(0);
-    if (canvas.image == nullptr ||
-        !canvas.image->CreateCompatibleImage(graphics, canvas.area.Width(), canvas.area.Height())) {
-        delete canvas.memory;
-        delete canvas.image;
+    canvas.image = NewCompatibleImage(graphics, canvas.area.Width(), canvas.area.Height());
+    if (!canvas.image) {
         especialFillLog.Fail("EGd004");
         return false;
     }
-    canvas.previousImage = canvas.memory->SelectImage(canvas.image);
+    canvas.previousImage = canvas.memory->SelectImage(canvas.image.get());
+    canvas.selected = true;
     return true;
 }
 
-// Releases the memory graphics and the drawing tools, and hands the painted
-// image out.
-VtImage* CloseCanvas(GradientCanvas& canvas, VtPen* pen = nullptr, VtBrush* brush = nullptr)
+// A generator whose drawing tools could not be made gives no image.
+VtImage* NoTools()
 {
-    canvas.memory->SelectImage(canvas.previousImage);
-    delete canvas.memory;
-    delete brush;
-    delete pen;
-    return canvas.image;
-}
-
-// Drops a canvas whose drawing tools could not be made.
-VtImage* AbandonCanvas(GradientCanvas& canvas)
-{
-    delete CloseCanvas(canvas);
     especialFillLog.Fail("EGe001");
     return nullptr;
 }
@@ -276,6 +272,7 @@ struct LinearBands {
 VtImage* VtEspecialFill::GetLinearImage(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
                                         unsigned int colour2, double angle, int offsetX, int offsetY)
 {
+    Owned<VtPen> pen;  // destroyed after the canvas
     GradientCanvas canvas(rect);
     if (canvas.area.IsEmpty()) {
         especialFillLog.Fail("EEf002");
@@ -289,9 +286,9 @@ VtImage* VtEspecialFill::GetLinearImage(VtGraphics* graphics, const ZedaRect& re
         GetEndPointOfColor(angle, canvas.area, sectionStart, sectionEnd);
     if (!OpenCanvas(graphics, canvas))
         return nullptr;
-    VtPen* pen = VtGraphicsManager::NewPen(0);
-    if (pen == nullptr)
-        return AbandonCanvas(canvas);
+    pen.reset(VtGraphicsManager::NewPen(0));
+    if (!pen)
+        return NoTools();
 
     const LinearBands bands(canvas, angle, start, end, sectionStart, sectionEnd, offsetX, offsetY);
     for (int v = bands.lo; v <= bands.hi + bands.step; v += bands.step) {
@@ -305,13 +302,12 @@ VtImage* VtEspecialFill::GetLinearImage(VtGraphics* graphics, const ZedaRect& re
         int width = 0;
         bands.Band(canvas.area, p, from, to, width);
         pen->CreatePen(VT_PEN_SOLID, colour, 0, 0, width);
-        VtPen* previousPen = canvas.memory->SelectPen(pen);
+        VtPen* previousPen = canvas.memory->SelectPen(pen.get());
         canvas.memory->DrawLine(canvas.Local(from), canvas.Local(to));
         canvas.memory->SelectPen(previousPen);
         pen->ReleasePen();
     }
-
-    return CloseCanvas(canvas, pen);
+    return canvas.HandOut();
 }
 
 VtImage* VtEspecialFill::GetRadialImage(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
@@ -320,26 +316,22 @@ VtImage* VtEspecialFill::GetRadialImage(VtGraphics* graphics, const ZedaRect& re
     CentredCanvas canvas(rect, offsetX, offsetY);
     if (!canvas.Open(graphics))
         return nullptr;
-    VtPen* pen = VtGraphicsManager::NewPen(0);
-    if (pen == nullptr)
-        return AbandonCanvas(canvas);
+    const Owned<VtPen> pen(VtGraphicsManager::NewPen(0));  // destroyed before the canvas
+    if (!pen)
+        return NoTools();
 
-    const RingPen rings(canvas, pen, colour1, colour2);
+    const RingPen rings(canvas, pen.get(), colour1, colour2);
     const ZedaPoint& centre = canvas.centre;
     VtPen* previousPen = rings.SelectFirst();
     int r = 0;
     if (canvas.area.PtInRect(canvas.g.centre)) {
-        VtBrush* brush = VtGraphicsManager::NewBrush(0);
-        if (brush == nullptr) {
-            canvas.memory->SelectPen(previousPen);
-            delete pen;
-            return AbandonCanvas(canvas);
-        }
+        const Owned<VtBrush> brush(VtGraphicsManager::NewBrush(0));
+        if (!brush)
+            return NoTools();
         brush->CreateBrush(VT_BRUSH_SOLID, colour1, 100, 0, ZedaSize(0, 0), 0);
-        VtBrush* previousBrush = canvas.memory->SelectBrush(brush);
+        VtBrush* previousBrush = canvas.memory->SelectBrush(brush.get());
         canvas.memory->DrawEllipse(ZedaRect(centre.x - 1, centre.y - 1, centre.x + 1, centre.y + 1));
         canvas.memory->SelectBrush(previousBrush);
-        delete brush;
         r = rings.step + 1;
     } else {
         r = std::max(static_cast<int>(canvas.d - canvas.h), 1);
@@ -348,9 +340,8 @@ VtImage* VtEspecialFill::GetRadialImage(VtGraphics* graphics, const ZedaRect& re
         rings.SelectAt(r);
         canvas.memory->DrawArc(ZedaRect(centre.x - r, centre.y - r, centre.x + r, centre.y + r), centre, centre);
     }
-
     canvas.memory->SelectPen(previousPen);
-    return CloseCanvas(canvas, pen);
+    return canvas.HandOut();
 }
 
 VtImage* VtEspecialFill::GetConicalImage(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
@@ -359,17 +350,15 @@ VtImage* VtEspecialFill::GetConicalImage(VtGraphics* graphics, const ZedaRect& r
     CentredCanvas canvas(rect, offsetX, offsetY);
     if (!canvas.Open(graphics))
         return nullptr;
-    VtPen* pen = VtGraphicsManager::NewPen(0);
-    VtBrush* brush = VtGraphicsManager::NewBrush(0);
-    if (pen == nullptr || brush == nullptr) {
-        delete pen;
-        delete brush;
-        return AbandonCanvas(canvas);
-    }
+    // Destroyed brush first, then pen, then the canvas.
+    const Owned<VtPen> pen(VtGraphicsManager::NewPen(0));
+    const Owned<VtBrush> brush(VtGraphicsManager::NewBrush(0));
+    if (!pen || !brush)
+        return NoTools();
     pen->CreatePen(VT_PEN_NULL, colour1, 0, 0, 0.0);
-    VtPen* previousPen = canvas.memory->SelectPen(pen);
+    VtPen* previousPen = canvas.memory->SelectPen(pen.get());
     brush->CreateBrush(VT_BRUSH_SOLID, colour1, 100, 0, ZedaSize(0, 0), 0);
-    VtBrush* previousBrush = canvas.memory->SelectBrush(brush);
+    VtBrush* previousBrush = canvas.memory->SelectBrush(brush.get());
 
     const int sectors = canvas.screen ? 64 : 128;
     const double delta = pi / sectors;
@@ -386,15 +375,15 @@ VtImage* VtEspecialFill::GetConicalImage(VtGraphics* graphics, const ZedaRect& r
     for (int i = 1; i <= sectors; ++i) {
         unsigned int colour = 0;
         GetColor(ZedaPoint(0, 0), ZedaPoint(sectors, 0), colour1, colour2, ZedaPoint(i, 0), colour);
-        RedefineBrush(brush, VT_BRUSH_SOLID, colour);
-        canvas.memory->SelectBrush(brush);
+        RedefineBrush(brush.get(), VT_BRUSH_SOLID, colour);
+        canvas.memory->SelectBrush(brush.get());
         drawSector(angle + (i + 0.5) * delta, angle + (i - 0.5) * delta);
         drawSector(angle + (-i + 0.5) * delta, angle + (-i - 0.5) * delta);
     }
 
     canvas.memory->SelectBrush(previousBrush);
     canvas.memory->SelectPen(previousPen);
-    return CloseCanvas(canvas, pen, brush);
+    return canvas.HandOut();
 }
 
 namespace {
@@ -419,16 +408,18 @@ bool IsAxisAligned(double angle)
 VtImage* VtEspecialFill::GetSquareImage(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
                                         unsigned int colour2, int offsetX, int offsetY, double angle)
 {
+    // Destroyed the canvas first, then the brush, then the pen.
+    Owned<VtPen> pen;
+    Owned<VtBrush> brush;
     CentredCanvas canvas(rect, offsetX, offsetY);
     if (!canvas.Open(graphics))
         return nullptr;
-    VtPen* pen = VtGraphicsManager::NewPen(0);
-    VtBrush* brush = pen != nullptr ? VtGraphicsManager::NewBrush(0) : nullptr;
-    if (pen == nullptr || brush == nullptr) {
-        delete pen;
-        return AbandonCanvas(canvas);
-    }
-    const RingPen rings(canvas, pen, colour1, colour2);
+    pen.reset(VtGraphicsManager::NewPen(0));
+    if (pen)
+        brush.reset(VtGraphicsManager::NewBrush(0));
+    if (!brush)
+        return NoTools();
+    const RingPen rings(canvas, pen.get(), colour1, colour2);
     const ZedaPoint& centre = canvas.centre;
     VtPen* previousPen = rings.SelectFirst();
     const bool upright = IsAxisAligned(angle);
@@ -448,7 +439,7 @@ VtImage* VtEspecialFill::GetSquareImage(VtGraphics* graphics, const ZedaRect& re
     int k = upright ? 1 : 0;
     if (canvas.area.PtInRect(canvas.g.centre)) {
         brush->CreateBrush(VT_BRUSH_SOLID, colour1, 100, 0, ZedaSize(0, 0), 0);
-        VtBrush* previousBrush = canvas.memory->SelectBrush(brush);
+        VtBrush* previousBrush = canvas.memory->SelectBrush(brush.get());
         drawSquare(1);
         canvas.memory->SelectBrush(previousBrush);
         brush->ReleaseBrush();
@@ -456,15 +447,14 @@ VtImage* VtEspecialFill::GetSquareImage(VtGraphics* graphics, const ZedaRect& re
             k = rings.step + 1;
     }
     brush->CreateBrush(VT_BRUSH_NULL, colour1, 100, 0, ZedaSize(0, 0), 0);
-    VtBrush* previousBrush = canvas.memory->SelectBrush(brush);
+    VtBrush* previousBrush = canvas.memory->SelectBrush(brush.get());
     for (; k <= rings.last; k += rings.step) {
         rings.SelectAt(k);
         drawSquare(k);
     }
     canvas.memory->SelectBrush(previousBrush);
-
     canvas.memory->SelectPen(previousPen);
-    return CloseCanvas(canvas, pen, brush);
+    return canvas.HandOut();
 }
 
 namespace {
@@ -524,16 +514,15 @@ bool VtEspecialFill::GradientRectangle(VtGraphics* graphics, const ZedaRect& rec
     if (colour1 == colour2 || kind < kLinear || kind > kSquare) {
         result = DrawOpaqueRectangle(graphics, area, colour1);
     } else {
-        VtImage* image = graphics->GetSurfaceKind() == VT_SURFACE_NATIVE_GRADIENT
-                             ? NativeGradient(graphics, kind, colour1, colour2, offsetX, offsetY, angle)
-                             : GeneratedGradient(graphics, area, kind, colour1, colour2, offsetX, offsetY, angle);
+        const Owned<VtImage> image(
+            graphics->GetSurfaceKind() == VT_SURFACE_NATIVE_GRADIENT
+                ? NativeGradient(graphics, kind, colour1, colour2, offsetX, offsetY, angle)
+                : GeneratedGradient(graphics, area, kind, colour1, colour2, offsetX, offsetY, angle));
         if (IsScreenSurface(graphics))
             area.Intersection(ScreenRect());
-        if (image != nullptr) {
-            result = TransparentBitblt(graphics, image, area.left, area.top, area.Width(), area.Height(),
+        if (image)
+            result = TransparentBitblt(graphics, image.get(), area.left, area.top, area.Width(), area.Height(),
                                        transparency);
-            delete image;
-        }
     }
     graphics->SetCoordinateMode(previousMode);
     graphics->SetOrigin(previousOrigin);
@@ -543,23 +532,21 @@ bool VtEspecialFill::GradientRectangle(VtGraphics* graphics, const ZedaRect& rec
 namespace {
 
 // Fills the bounds of a clip region of a polygon or a set of polygons.
-bool GradientRegion(VtGraphics* graphics, VtRgn* region, const char* emptyCode, unsigned int colour1,
+bool GradientRegion(VtGraphics* graphics, VtRgn& region, const char* emptyCode, unsigned int colour1,
                     unsigned int colour2, double angle, int offsetX, int offsetY, int kind, int transparency)
 {
-    ZedaRect bounds = region->GetBoundingRect();
+    ZedaRect bounds = region.GetBoundingRect();
     if (bounds.IsEmpty()) {
-        delete region;
         especialFillLog.Fail(emptyCode);
         return false;
     }
     graphics->DeviceToLogicalRect(bounds);
     if (IsScreenSurface(graphics) && !ClipRegionToScreen(region))
         return false;
-    VtRgn* previousClip = graphics->SelectClipRegion(region, VT_CLIP_INTERSECT);
+    VtRgn* previousClip = graphics->SelectClipRegion(&region, VT_CLIP_INTERSECT);
     const bool result = VtEspecialFill::GradientRectangle(graphics, bounds, colour1, colour2, angle, offsetX,
                                                           offsetY, kind, transparency);
     graphics->SelectClipRegion(previousClip, VT_CLIP_REPLACE);
-    delete region;
     return result;
 }
 
@@ -569,19 +556,19 @@ bool VtEspecialFill::GradientPolygon(VtGraphics* graphics, const ZedaPoint* poin
                                      unsigned int colour2, double angle, int offsetX, int offsetY, int kind,
                                      int transparency)
 {
-    VtRgn* region = NewPolygonRegion(graphics, points, count, "EFd009");
+    const Owned<VtRgn> region = NewPolygonRegion(graphics, points, count, "EFd009");
     // An empty polygon logs "EFd009" here, but "EEf005" for a set of polygons.
-    return region != nullptr && GradientRegion(graphics, region, "EFd009", colour1, colour2, angle, offsetX, offsetY,
-                                               kind, transparency);
+    return region && GradientRegion(graphics, *region, "EFd009", colour1, colour2, angle, offsetX, offsetY, kind,
+                                    transparency);
 }
 
 bool VtEspecialFill::GradientPolyPolygon(VtGraphics* graphics, const ZedaPoint* points, const int* counts,
                                          int polyCount, unsigned int colour1, unsigned int colour2, double angle,
                                          int offsetX, int offsetY, int kind, int transparency)
 {
-    VtRgn* region = NewPolyPolygonRegion(graphics, points, counts, polyCount, "EFd009");
-    return region != nullptr && GradientRegion(graphics, region, "EEf005", colour1, colour2, angle, offsetX, offsetY,
-                                               kind, transparency);
+    const Owned<VtRgn> region = NewPolyPolygonRegion(graphics, points, counts, polyCount, "EFd009");
+    return region && GradientRegion(graphics, *region, "EEf005", colour1, colour2, angle, offsetX, offsetY, kind,
+                                    transparency);
 }
 
 }  // namespace VTC

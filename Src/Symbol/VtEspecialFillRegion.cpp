@@ -9,18 +9,16 @@
 
 namespace VTC::EspecialFillDetail {
 
-bool ClipRegionToScreen(VtRgn* region)
+bool ClipRegionToScreen(VtRgn& region)
 {
     const ZedaRect screen = ScreenRect();
-    VtRgn* screenRegion = VtGraphicsManager::NewRgn(0);
-    if (screenRegion == nullptr) {
-        delete region;
+    const Owned<VtRgn> screenRegion(VtGraphicsManager::NewRgn(0));
+    if (!screenRegion) {
         especialFillLog.Fail("EFd009");
         return false;
     }
     screenRegion->CreateRectRegion(screen.left, screen.top, screen.right, screen.bottom);
-    region->CombineRegion(region, screenRegion, 1);
-    delete screenRegion;
+    region.CombineRegion(&region, screenRegion.get(), 1);
     return true;
 }
 
@@ -44,33 +42,33 @@ int PointTotal(const int* counts, int polyCount)
 // A new region that `create` builds from a device-pixel copy of `count`
 // points; the copy is made only once the region object exists.
 template <typename Create>
-VtRgn* NewShapeRegion(VtGraphics* graphics, const ZedaPoint* points, int count, const char* noRegionCode,
-                      Create create)
+Owned<VtRgn> NewShapeRegion(VtGraphics* graphics, const ZedaPoint* points, int count, const char* noRegionCode,
+                            Create create)
 {
-    VtRgn* region = VtGraphicsManager::NewRgn(0);
-    if (region == nullptr) {
+    Owned<VtRgn> region(VtGraphicsManager::NewRgn(0));
+    if (!region) {
         especialFillLog.Fail(noRegionCode);
         return nullptr;
     }
     const std::vector<ZedaPoint> copy = DevicePoints(graphics, points, count);
-    if (!create(region, copy.data())) {
-        delete region;
+    if (!create(region.get(), copy.data())) {
+        region.reset();
         especialFillLog.Fail("EFd009");
-        return nullptr;
     }
     return region;
 }
 
 }  // namespace
 
-VtRgn* NewPolygonRegion(VtGraphics* graphics, const ZedaPoint* points, int count, const char* noRegionCode)
+Owned<VtRgn> NewPolygonRegion(VtGraphics* graphics, const ZedaPoint* points, int count,
+                              const char* noRegionCode)
 {
     return NewShapeRegion(graphics, points, count, noRegionCode,
                           [&](VtRgn* region, const ZedaPoint* copy) { return region->CreatePolygonRegion(copy, count); });
 }
 
-VtRgn* NewPolyPolygonRegion(VtGraphics* graphics, const ZedaPoint* points, const int* counts, int polyCount,
-                            const char* noRegionCode)
+Owned<VtRgn> NewPolyPolygonRegion(VtGraphics* graphics, const ZedaPoint* points, const int* counts, int polyCount,
+                                  const char* noRegionCode)
 {
     return NewShapeRegion(graphics, points, PointTotal(counts, polyCount), noRegionCode,
                           [&](VtRgn* region, const ZedaPoint* copy) {

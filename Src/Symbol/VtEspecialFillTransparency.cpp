@@ -2,6 +2,7 @@
 #include <cstddef>
 #include <memory>
 #include <new>
+#include <optional>
 #include <vector>
 
 #include "LqGraphics.h"
@@ -18,28 +19,6 @@ using namespace EspecialFillDetail;
 namespace {
 
 using PixelBuffer = VtPixelBuffer;
-
-// A memory graphics compatible with `reference`, or null.
-VtGraphics* NewMemoryGraphics(VtGraphics* reference)
-{
-    VtGraphics* memory = VtGraphicsManager::NewGraphics(0);
-    if (memory != nullptr && !memory->CreateCompatibleGraphics(reference)) {
-        delete memory;
-        return nullptr;
-    }
-    return memory;
-}
-
-// An image of width x height in the format of `reference`, or null.
-VtImage* NewCompatibleImage(VtGraphics* reference, int width, int height)
-{
-    VtImage* image = VtGraphicsManager::NewImage(0);
-    if (image != nullptr && !image->CreateCompatibleImage(reference, width, height)) {
-        delete image;
-        return nullptr;
-    }
-    return image;
-}
 
 VtImageInfo ImageInfoOf(const VtImage* image)
 {
@@ -167,19 +146,16 @@ struct BlitPlace {
 
 // The blended path of the blits: the surface under the blit is captured into
 // `background`, the image blended over it in memory (only where the mask is
-// black, when there is one) and the result copied to the surface. `memory`
-// and `background` are destroyed; false, unlogged, when a buffer cannot be had.
+// black, when there is one) and the result copied to the surface; false,
+// unlogged, when a buffer cannot be had.
 bool BlendOntoSurface(VtGraphics* graphics, VtGraphics* memory, VtImage* background, VtImage* image, VtImage* mask,
                       const VtImageInfo& info, const BlitPlace& place, unsigned t)
 {
     Capture(memory, background, info.width, info.height, graphics, place.x, place.y);
     PixelBuffer source = NewPixelBuffer(info), target = NewPixelBuffer(info);
     PixelBuffer maskBits = mask != nullptr ? NewPixelBuffer(info) : PixelBuffer();
-    if (!source || !target || (mask != nullptr && !maskBits)) {
-        delete memory;
-        delete background;
+    if (!source || !target || (mask != nullptr && !maskBits))
         return false;
-    }
     const auto byteCount = static_cast<long long>(PixelBytes(info));
     image->GetBits(byteCount, source.Data());
     background->GetBits(byteCount, target.Data());
@@ -196,11 +172,7 @@ bool BlendOntoSurface(VtGraphics* graphics, VtGraphics* memory, VtImage* backgro
     target = PixelBuffer();
     maskBits = PixelBuffer();
 
-    const bool copied =
-        DrawThrough(graphics, place.x, place.y, place.width, place.height, memory, background, VT_ROP_COPY);
-    delete memory;
-    delete background;
-    return copied;
+    return DrawThrough(graphics, place.x, place.y, place.width, place.height, memory, background, VT_ROP_COPY);
 }
 
 }  // namespace
@@ -213,25 +185,22 @@ bool VtEspecialFill::TransparentBitblt(VtGraphics* graphics, VtImage* image, int
     const int t = ClampPercent(transparency);
     if (t == 100)
         return true;
-    VtGraphics* memory = NewMemoryGraphics(graphics);
-    if (memory == nullptr) {
+    Owned<VtImage> background;  // destroyed after the memory graphics
+    const Owned<VtGraphics> memory = NewMemoryGraphics(graphics);
+    if (!memory) {
         especialFillLog.Fail("EGd003");
         return false;
     }
     const VtImageInfo info = ImageInfoOf(image);
-    if (t == 0 || info.bitsPerPixel < 16) {
-        const bool copied = DrawThrough(graphics, x, y, width, height, memory, image, VT_ROP_COPY);
-        delete memory;
-        return copied;
-    }
-    VtImage* background = NewCompatibleImage(graphics, info.width, info.height);
-    if (background == nullptr) {
-        delete memory;
+    if (t == 0 || info.bitsPerPixel < 16)
+        return DrawThrough(graphics, x, y, width, height, memory.get(), image, VT_ROP_COPY);
+    background = NewCompatibleImage(graphics, info.width, info.height);
+    if (!background) {
         especialFillLog.Fail("EGd004");
         especialFillLog.Fail("EGc037");
         return false;
     }
-    return BlendOntoSurface(graphics, memory, background, image, nullptr, info, {x, y, width, height},
+    return BlendOntoSurface(graphics, memory.get(), background.get(), image, nullptr, info, {x, y, width, height},
                             static_cast<unsigned>(t));
 }
 
@@ -250,24 +219,22 @@ bool VtEspecialFill::TransparentBitbltMask(VtGraphics* graphics, VtImage* image,
         especialFillLog.Fail("EGc001");
         return false;
     }
-    VtGraphics* memory = NewMemoryGraphics(graphics);
-    if (memory == nullptr) {
+    Owned<VtImage> background;  // destroyed after the memory graphics
+    const Owned<VtGraphics> memory = NewMemoryGraphics(graphics);
+    if (!memory) {
         especialFillLog.Fail("EGd002");
         return false;
     }
     if (t == 0 || info.bitsPerPixel < 16) {
-        DrawThrough(graphics, x, y, width, height, memory, mask, VT_ROP_AND);
-        const bool copied = DrawThrough(graphics, x, y, width, height, memory, image, VT_ROP_OR);
-        delete memory;
-        return copied;
+        DrawThrough(graphics, x, y, width, height, memory.get(), mask, VT_ROP_AND);
+        return DrawThrough(graphics, x, y, width, height, memory.get(), image, VT_ROP_OR);
     }
-    VtImage* background = NewCompatibleImage(graphics, info.width, info.height);
-    if (background == nullptr) {
-        delete memory;
+    background = NewCompatibleImage(graphics, info.width, info.height);
+    if (!background) {
         especialFillLog.Fail("EGd007");
         return false;
     }
-    return BlendOntoSurface(graphics, memory, background, image, mask, info, {x, y, width, height},
+    return BlendOntoSurface(graphics, memory.get(), background.get(), image, mask, info, {x, y, width, height},
                             static_cast<unsigned>(t));
 }
 
@@ -278,20 +245,15 @@ void DrawKeyedByRasterOps(VtGraphics* graphics, VtImage* image, int x, int y, un
 {
     const VtImageInfo info = ImageInfoOf(image);
     const int w = info.width, h = info.height;
-    VtGraphics* imageGraphics = VtGraphicsManager::NewGraphics(0);
-    VtGraphics* maskGraphics = VtGraphicsManager::NewGraphics(0);
-    VtGraphics* resultGraphics = VtGraphicsManager::NewGraphics(0);
-    VtImage* maskImage = VtGraphicsManager::NewImage(0);
-    VtImage* resultImage = VtGraphicsManager::NewImage(0);
-    const auto destroyAll = [&] {
-        delete imageGraphics;
-        delete maskGraphics;
-        delete resultGraphics;
-        delete maskImage;
-        delete resultImage;
-    };
-    if (imageGraphics == nullptr || maskGraphics == nullptr || resultGraphics == nullptr) {
-        destroyAll();
+    // Made G1, G2, G3, mask, result; destroyed the images first, then G1, G2, G3.
+    Owned<VtGraphics> resultGraphics, maskGraphics, imageGraphics;
+    Owned<VtImage> resultImage, maskImage;
+    imageGraphics.reset(VtGraphicsManager::NewGraphics(0));
+    maskGraphics.reset(VtGraphicsManager::NewGraphics(0));
+    resultGraphics.reset(VtGraphicsManager::NewGraphics(0));
+    maskImage.reset(VtGraphicsManager::NewImage(0));
+    resultImage.reset(VtGraphicsManager::NewImage(0));
+    if (!imageGraphics || !maskGraphics || !resultGraphics) {
         especialFillLog.Fail("EGd002", 400);
         return;
     }
@@ -299,37 +261,34 @@ void DrawKeyedByRasterOps(VtGraphics* graphics, VtImage* image, int x, int y, un
     imageGraphics->CreateCompatibleGraphics(graphics);
     maskGraphics->CreateCompatibleGraphics(graphics);
     resultGraphics->CreateCompatibleGraphics(graphics);
-    if (resultImage == nullptr || !resultImage->CreateCompatibleImage(graphics, w, h)) {
-        destroyAll();
+    if (!resultImage || !resultImage->CreateCompatibleImage(graphics, w, h)) {
         especialFillLog.Fail("EGd004", 400);
         return;
     }
     VtPalette palette;
     palette.RemoveAll();
-    if (maskImage == nullptr || !maskImage->CreateImage(w, h, 1, 1, &palette, nullptr)) {
-        destroyAll();
+    if (!maskImage || !maskImage->CreateImage(w, h, 1, 1, &palette, nullptr)) {
         especialFillLog.Fail("EGd004", 400);
         return;
     }
     VtImage* previousImage = imageGraphics->SelectImage(image);
-    VtImage* previousMask = maskGraphics->SelectImage(maskImage);
-    VtImage* previousResult = resultGraphics->SelectImage(resultImage);
+    VtImage* previousMask = maskGraphics->SelectImage(maskImage.get());
+    VtImage* previousResult = resultGraphics->SelectImage(resultImage.get());
     imageGraphics->SetBackgroundColour(ZEDARGB(ZEDAREDVAL(colour), ZEDAGREENVAL(colour), ZEDABLUEVAL(colour)));
 
-    maskGraphics->BitBlt(0, 0, w, h, imageGraphics, 0, 0, VT_ROP_COPY);
+    maskGraphics->BitBlt(0, 0, w, h, imageGraphics.get(), 0, 0, VT_ROP_COPY);
     resultGraphics->BitBlt(0, 0, w, h, graphics, x, y, VT_ROP_COPY);
-    resultGraphics->BitBlt(0, 0, w, h, imageGraphics, 0, 0, VT_ROP_XOR);
-    resultGraphics->BitBlt(0, 0, w, h, maskGraphics, 0, 0, VT_ROP_AND);
-    resultGraphics->BitBlt(0, 0, w, h, imageGraphics, 0, 0, VT_ROP_XOR);
+    resultGraphics->BitBlt(0, 0, w, h, imageGraphics.get(), 0, 0, VT_ROP_XOR);
+    resultGraphics->BitBlt(0, 0, w, h, maskGraphics.get(), 0, 0, VT_ROP_AND);
+    resultGraphics->BitBlt(0, 0, w, h, imageGraphics.get(), 0, 0, VT_ROP_XOR);
     if (static_cast<unsigned>(opacity) > 99)
-        graphics->BitBlt(x, y, w, h, resultGraphics, 0, 0, VT_ROP_COPY);
+        graphics->BitBlt(x, y, w, h, resultGraphics.get(), 0, 0, VT_ROP_COPY);
     else
-        VtEspecialFill::TransparentBitblt(graphics, resultImage, x, y, w, h, 100 - opacity);
+        VtEspecialFill::TransparentBitblt(graphics, resultImage.get(), x, y, w, h, 100 - opacity);
 
     imageGraphics->SelectImage(previousImage);
     maskGraphics->SelectImage(previousMask);
     resultGraphics->SelectImage(previousResult);
-    destroyAll();
 }
 
 // Key-colour drawing straight into the pixels of an image-backed surface.
@@ -408,6 +367,36 @@ void VtEspecialFill::TransparentDraw(VtGraphics* graphics, VtImage* image, int x
 }
 
 namespace {
+
+// Plain device pixels on a surface while the guard lives: coordinate mode 0,
+// and origin (0, 0) where the mode was not 0 already.
+class DeviceCoordinates {
+public:
+    explicit DeviceCoordinates(VtGraphics* graphics)
+        : graphics_(graphics), previousMode_(graphics->SetCoordinateMode(0)), previousOrigin_(graphics->GetOrigin())
+    {
+        if (previousMode_ != 0)
+            previousOrigin_ = graphics->SetOrigin(ZedaPoint(0, 0));
+    }
+    DeviceCoordinates(const DeviceCoordinates&) = delete;
+    DeviceCoordinates& operator=(const DeviceCoordinates&) = delete;
+    ~DeviceCoordinates() { Restore(); }
+
+    // Puts mode and origin back now (once).
+    void Restore()
+    {
+        if (graphics_ == nullptr)
+            return;
+        graphics_->SetCoordinateMode(previousMode_);
+        graphics_->SetOrigin(previousOrigin_);
+        graphics_ = nullptr;
+    }
+
+private:
+    VtGraphics* graphics_;
+    int previousMode_;
+    ZedaPoint previousOrigin_;
+};
 
 bool TakesNoTransparentFill(VtGraphics* graphics)
 {
@@ -507,98 +496,73 @@ bool VtEspecialFill::TransparentRectangle(VtGraphics* graphics, const ZedaRect& 
         return true;
     }
 
-    VtGraphics* capturing = NewMemoryGraphics(graphics);
-    if (capturing == nullptr) {
+    // Destroyed capturing graphics and capture first, then the coordinates
+    // put back, then the output graphics and image.
+    Owned<VtImage> result;
+    Owned<VtGraphics> output;
+    std::optional<DeviceCoordinates> coordinates;
+    Owned<VtImage> capture;
+    Owned<VtGraphics> capturing = NewMemoryGraphics(graphics);
+    if (!capturing) {
         especialFillLog.Fail("EGd002");
         return false;
     }
-    VtGraphics* output = NewMemoryGraphics(graphics);
-    if (output == nullptr) {
-        delete capturing;
+    output = NewMemoryGraphics(graphics);
+    if (!output) {
         especialFillLog.Fail("EGd003");
         return false;
     }
-    VtImage* capture = NewCompatibleImage(graphics, area.Width(), area.Height());
-    if (capture == nullptr) {
-        delete capturing;
-        delete output;
+    capture = NewCompatibleImage(graphics, area.Width(), area.Height());
+    if (!capture) {
         especialFillLog.Fail("EGd007");
         especialFillLog.Fail("EGd004");
         return false;
     }
-    VtImage* result = NewCompatibleImage(graphics, area.Width(), area.Height());
-    if (result == nullptr) {
-        delete capturing;
-        delete output;
-        delete capture;
+    result = NewCompatibleImage(graphics, area.Width(), area.Height());
+    if (!result) {
         especialFillLog.Fail("EGd006");
         return false;
     }
 
-    const int previousMode = graphics->SetCoordinateMode(0);
-    ZedaPoint previousOrigin = graphics->GetOrigin();
-    if (previousMode != 0)
-        previousOrigin = graphics->SetOrigin(ZedaPoint(0, 0));
-    const auto restoreCoordinates = [&] {
-        graphics->SetCoordinateMode(previousMode);
-        graphics->SetOrigin(previousOrigin);
-    };
-
-    Capture(capturing, capture, area.Width(), area.Height(), graphics, area.left, area.top);
-    const VtImageInfo info = ImageInfoOf(capture);
+    coordinates.emplace(graphics);
+    Capture(capturing.get(), capture.get(), area.Width(), area.Height(), graphics, area.left, area.top);
+    const VtImageInfo info = ImageInfoOf(capture.get());
     if (info.bitsPerPixel < 16) {
-        restoreCoordinates();
-        const bool drawn = DrawOpaqueRectangle(graphics, rect, colour);
-        delete capturing;
-        delete output;
-        delete capture;
-        delete result;
-        return drawn;
+        coordinates->Restore();
+        return DrawOpaqueRectangle(graphics, rect, colour);
     }
     PixelBuffer pixels = NewPixelBuffer(info);
-    if (!pixels) {
-        delete capturing;
-        delete capture;
-        restoreCoordinates();
-        delete output;
-        delete result;
+    if (!pixels)
         return false;
-    }
     const auto byteCount = static_cast<long long>(PixelBytes(info));
     capture->GetBits(byteCount, pixels.Data());
     const bool redFirst = graphics->IsRecording() || graphics->IsPrinting();
     FillArea(pixels.Data(), info, colour, static_cast<unsigned>(t), redFirst);
     result->SetBits(byteCount, pixels.Data());
     pixels = PixelBuffer();
-    delete capturing;
-    delete capture;
-
-    const bool copied = DrawThrough(graphics, area.left, area.top, area.Width(), area.Height(), output, result,
-                                    VT_ROP_COPY);
-    restoreCoordinates();
-    delete output;
-    delete result;
-    return copied;
+    // The capture is done with before the result goes out.
+    capturing.reset();
+    capture.reset();
+    return DrawThrough(graphics, area.left, area.top, area.Width(), area.Height(), output.get(), result.get(),
+                       VT_ROP_COPY);
 }
 
 namespace {
 
 // Fills the bounds of a clip region through TransparentRectangle.
-bool TransparentRegion(VtGraphics* graphics, VtRgn* region, unsigned int colour, int transparency)
+bool TransparentRegion(VtGraphics* graphics, VtRgn& region, unsigned int colour, int transparency)
 {
     if (IsScreenSurface(graphics) && !ClipRegionToScreen(region))
         return false;
-    ZedaRect bounds = region->GetBoundingRect();
+    ZedaRect bounds = region.GetBoundingRect();
     if (bounds.IsEmpty()) {
-        delete region;
         especialFillLog.Fail("EEf005");
         return false;
     }
-    VtRgn* previousClip = graphics->SelectClipRegion(region, VT_CLIP_INTERSECT);
+    VtRgn* previousClip = graphics->SelectClipRegion(&region, VT_CLIP_INTERSECT);
     graphics->DeviceToLogicalRect(bounds);
     const bool result = VtEspecialFill::TransparentRectangle(graphics, bounds, colour, transparency);
     graphics->SelectClipRegion(previousClip, VT_CLIP_REPLACE);
-    delete region;
     return result;
 }
 
@@ -610,8 +574,8 @@ bool VtEspecialFill::TransparentPolygon(VtGraphics* graphics, const ZedaPoint* p
     if (TakesNoTransparentFill(graphics))
         return false;
     // A missing region object logs "EEf006" here, but "EFd009" for a set of polygons.
-    VtRgn* region = NewPolygonRegion(graphics, points, count, "EEf006");
-    return region != nullptr && TransparentRegion(graphics, region, colour, transparency);
+    const Owned<VtRgn> region = NewPolygonRegion(graphics, points, count, "EEf006");
+    return region && TransparentRegion(graphics, *region, colour, transparency);
 }
 
 bool VtEspecialFill::TransparentPolyPolygon(VtGraphics* graphics, const ZedaPoint* points, const int* counts,
@@ -619,8 +583,8 @@ bool VtEspecialFill::TransparentPolyPolygon(VtGraphics* graphics, const ZedaPoin
 {
     if (TakesNoTransparentFill(graphics))
         return false;
-    VtRgn* region = NewPolyPolygonRegion(graphics, points, counts, polyCount, "EFd009");
-    return region != nullptr && TransparentRegion(graphics, region, colour, transparency);
+    const Owned<VtRgn> region = NewPolyPolygonRegion(graphics, points, counts, polyCount, "EFd009");
+    return region && TransparentRegion(graphics, *region, colour, transparency);
 }
 
 }  // namespace VTC

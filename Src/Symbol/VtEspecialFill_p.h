@@ -4,14 +4,30 @@
 // surface questions and the opaque fill. Region helpers are in
 // VtEspecialFillRegion_p.h, the blend kernels in blend/.
 
+#include <memory>
+
 #include "LqBase.h"
 
 namespace VTC {
 
 class VtGraphics;
+class VtImage;
 struct VtImageInfo;
 
 namespace EspecialFillDetail {
+
+// Every graphics, image, pen, brush and region the renderer makes is held by
+// one of these from the moment it is made, so that it is destroyed on every
+// path. Guards go in the reverse order of the destruction the routine owes:
+// the last declared is destroyed first.
+template <typename T>
+using Owned = std::unique_ptr<T>;
+
+// A memory graphics made compatible with `reference`, or null.
+Owned<VtGraphics> NewMemoryGraphics(VtGraphics* reference);
+
+// An image of width x height in the format of `reference`, or null.
+Owned<VtImage> NewCompatibleImage(VtGraphics* reference, int width, int height);
 
 // A surface that is neither printing nor recording is bound to the screen.
 // IsRecording is asked only when IsPrinting is false.
