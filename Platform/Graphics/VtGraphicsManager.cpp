@@ -129,6 +129,8 @@ void VtGraphicsManager::InjectFault(VtFaultKind what, int skip)
 
 void VtGraphicsManager::ClearFaults() { gfx::DisarmFaults(); }
 
+bool VtGraphicsManager::IsFaultPending(VtFaultKind what) { return gfx::IsFaultArmed(what); }
+
 int VtGraphicsManager::GetLiveObjectCount() { return gfx::LiveObjectCount(); }
 
 }  // namespace VTC

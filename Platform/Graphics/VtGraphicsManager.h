@@ -46,6 +46,8 @@ public:
     // Makes the (skip + 1)-th next call of that kind fail once.
     static void InjectFault(VtFaultKind what, int skip = 0);
     static void ClearFaults();
+    // True while a fault injected for `what` has not fired yet.
+    static bool IsFaultPending(VtFaultKind what);
     // Graphics, images, pens, brushes and regions made here and not yet destroyed.
     static int GetLiveObjectCount();
 

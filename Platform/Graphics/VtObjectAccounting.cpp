@@ -37,6 +37,15 @@ void DisarmFaults()
     g_faultCountdown.fill(-1);
 }
 
+bool IsFaultArmed(VtFaultKind kind)
+{
+    if (kind < 0 || kind >= VT_FAULT_KIND_COUNT) {
+        return false;
+    }
+    const std::lock_guard lock(g_faultMutex);
+    return g_faultCountdown[static_cast<std::size_t>(kind)] >= 0;
+}
+
 bool TakeFault(VtFaultKind kind)
 {
     if (kind < 0 || kind >= VT_FAULT_KIND_COUNT) {

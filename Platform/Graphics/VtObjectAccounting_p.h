@@ -16,6 +16,7 @@ int LiveObjectCount();
 // are checked by the caller.
 void ArmFault(VtFaultKind kind, int skip);
 void DisarmFaults();
+bool IsFaultArmed(VtFaultKind kind);
 // True when an injected fault of this kind fires now.
 bool TakeFault(VtFaultKind kind);
 

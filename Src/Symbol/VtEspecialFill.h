@@ -11,6 +11,14 @@ using ZEDA::ZedaSize;
 class VtGraphics;
 class VtImage;
 
+// The `kind` of the gradient fills; any other kind fills plainly in colour1.
+enum VtGradientKind : int {
+    VT_GRADIENT_LINEAR = 10,
+    VT_GRADIENT_RADIAL = 11,
+    VT_GRADIENT_CONICAL = 12,
+    VT_GRADIENT_SQUARE = 13,
+};
+
 // Gradient and transparent fills and blits onto a drawing surface. Every
 // operation is static; an instance carries no state. Transparency is the
 // percentage of the surface that shows through (0 opaque, 100 invisible),

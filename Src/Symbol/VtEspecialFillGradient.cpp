@@ -18,8 +18,6 @@ namespace {
 
 using std::numbers::pi;
 
-enum GradientKind : int { kLinear = 10, kRadial = 11, kConical = 12, kSquare = 13 };
-
 // The memory graphics and the image that a generator paints into. While the
 // canvas lives the image is selected into the memory graphics; then the
 // previous image is selected back and the memory graphics destroyed, and
@@ -464,11 +462,11 @@ VtImage* NativeGradient(VtGraphics* graphics, int kind, unsigned int colour1, un
                         int offsetY, double angle)
 {
     switch (kind) {
-    case kLinear:
+    case VT_GRADIENT_LINEAR:
         graphics->DrawLinearGradient(colour1, colour2, offsetX, offsetY, angle);
         return nullptr;
-    case kRadial:
-    case kConical:  // the surface has no conical gradient of its own
+    case VT_GRADIENT_RADIAL:
+    case VT_GRADIENT_CONICAL:  // the surface has no conical gradient of its own
         graphics->DrawRadialGradient(colour1, colour2, offsetX, offsetY, angle);
         return nullptr;
     default:
@@ -480,11 +478,11 @@ VtImage* GeneratedGradient(VtGraphics* graphics, const ZedaRect& rect, int kind,
                            unsigned int colour2, int offsetX, int offsetY, double angle)
 {
     switch (kind) {
-    case kLinear:
+    case VT_GRADIENT_LINEAR:
         return VtEspecialFill::GetLinearImage(graphics, rect, colour1, colour2, angle, offsetX, offsetY);
-    case kRadial:
+    case VT_GRADIENT_RADIAL:
         return VtEspecialFill::GetRadialImage(graphics, rect, colour1, colour2, offsetX, offsetY);
-    case kConical:
+    case VT_GRADIENT_CONICAL:
         return VtEspecialFill::GetConicalImage(graphics, rect, colour1, colour2, offsetX, offsetY, angle);
     default:
         return VtEspecialFill::GetSquareImage(graphics, rect, colour1, colour2, offsetX, offsetY, angle);
@@ -511,7 +509,7 @@ bool VtEspecialFill::GradientRectangle(VtGraphics* graphics, const ZedaRect& rec
     const ZedaPoint previousOrigin = graphics->SetOrigin(ZedaPoint(0, 0));
 
     bool result = false;
-    if (colour1 == colour2 || kind < kLinear || kind > kSquare) {
+    if (colour1 == colour2 || kind < VT_GRADIENT_LINEAR || kind > VT_GRADIENT_SQUARE) {
         result = DrawOpaqueRectangle(graphics, area, colour1);
     } else {
         const Owned<VtImage> image(

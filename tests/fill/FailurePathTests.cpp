@@ -136,3 +136,98 @@ TEST_F(FailurePaths, EachFaultLogsItsCodesAndLeavesEverythingAsItWas)
     check("linear, empty", [&] { return bool(Image(kGenerators[0](s, {5, 5, 5, 50}))); },
           {{{kNone}, 0, {"300:EEf002"}}});
 }
+
+// Every kind of fault at the first, second, third... call of its kind, until
+// a run goes through with the fault still pending, as SQLite's fault tests
+// do. Every run leaves the live-object count and the surface's state as they
+// were, and its pixels untouched or as a run without faults draws them; the
+// run the fault never reaches is that run.
+TEST_F(FailurePaths, EveryFaultAtEveryCallLeavesNothingBehind)
+{
+    const std::unique_ptr<VtPen> pen(VtGraphicsManager::NewPen(0));
+    const std::unique_ptr<VtBrush> brush(VtGraphicsManager::NewBrush(0));
+    const std::unique_ptr<VtRgn> clip(VtGraphicsManager::NewRgn(0));
+    clip->CreateRectRegion(1, 0, 38, 39);
+    const std::function<Surface()> surfaces[] = {
+        [] { return Window(40, 40); },
+        [] { return Surface(VtGraphicsManager::CreatePrintGraphics(100, 100, 100)); },
+        [] { return Surface(VtGraphicsManager::CreateRecordingGraphics(40, 40, 24)); }};
+    const ZedaPoint triangle[] = {{2, 1}, {30, 4}, {5, 33}};
+    const int three[] = {3};
+    const ZedaRect square(2, 3, 31, 29);
+    using Fill = std::function<bool(VtGraphics*, VtImage*, VtImage*)>;
+    std::vector<std::pair<std::string, Fill>> fills = {
+        {"gradient polygon", [&](VtGraphics* s, VtImage*, VtImage*) {
+             return VtEspecialFill::GradientPolygon(s, triangle, 3, kFrom, kTo, 2.0, 0, 0, VT_GRADIENT_RADIAL, 0);
+         }},
+        {"gradient polypolygon", [&](VtGraphics* s, VtImage*, VtImage*) {
+             return VtEspecialFill::GradientPolyPolygon(s, triangle, three, 1, kFrom, kTo, 4.0, 0, 0,
+                                                        VT_GRADIENT_SQUARE, 50);
+         }},
+        {"blit", [&](VtGraphics* s, VtImage* image, VtImage*) {
+             return VtEspecialFill::TransparentBitblt(s, image, 3, 4, 8, 8, 40);
+         }},
+        {"masked blit", [&](VtGraphics* s, VtImage* image, VtImage* mask) {
+             return VtEspecialFill::TransparentBitbltMask(s, image, mask, 9, 2, 8, 8, 30);
+         }},
+        {"keyed", [&](VtGraphics* s, VtImage* image, VtImage*) {
+             VtEspecialFill::TransparentDraw(s, image, 5, 5, kPaper, 60);
+             return true;
+         }},
+        {"rectangle", [&](VtGraphics* s, VtImage*, VtImage*) {
+             return VtEspecialFill::TransparentRectangle(s, square, kInk, 40);
+         }},
+        {"polygon", [&](VtGraphics* s, VtImage*, VtImage*) {
+             return VtEspecialFill::TransparentPolygon(s, triangle, 3, kInk, 60);
+         }},
+        {"polypolygon", [&](VtGraphics* s, VtImage*, VtImage*) {
+             return VtEspecialFill::TransparentPolyPolygon(s, triangle, three, 1, kInk, 20);
+         }}};
+    for (int kind = VT_GRADIENT_LINEAR; kind <= VT_GRADIENT_SQUARE; ++kind)
+        fills.emplace_back("gradient " + std::to_string(kind), [&, kind](VtGraphics* s, VtImage*, VtImage*) {
+            return VtEspecialFill::GradientRectangle(s, square, kFrom, kTo, 0.5, 20, -10, kind, 30);
+        });
+    for (const auto& makeSurface : surfaces)
+        for (const auto& [name, fill] : fills) {
+            // A surface as the caller leaves it, with an image and a mask in its format.
+            const auto prepare = [&] {
+                Surface s = makeSurface();
+                Scramble(s->GetTargetImage(), 3);
+                s->SetOrigin(ZedaPoint(1, 1));
+                s->SelectClipRegion(clip.get(), VT_CLIP_REPLACE);
+                s->SelectPen(pen.get());
+                s->SelectBrush(brush.get());
+                Image image = ImageFor(s.get(), 8, 8, kInk), mask = ImageFor(s.get(), 8, 8, 0);
+                mask->SetPixelColour(2, 2, ZEDARGB(255, 255, 255));
+                return std::make_tuple(std::move(s), std::move(image), std::move(mask));
+            };
+            auto [reference, referenceImage, referenceMask] = prepare();
+            const bool expected = fill(reference.get(), referenceImage.get(), referenceMask.get());
+            const Bytes finished = BytesOf(reference->GetTargetImage());
+            TakeLog();
+            for (int fault = 0; fault < VT_FAULT_KIND_COUNT; ++fault)
+                for (int skip = 0;; ++skip) {
+                    SCOPED_TRACE(::testing::Message() << name << " on kind " << reference->GetSurfaceKind()
+                                                      << ", fault " << fault << " after " << skip);
+                    ASSERT_LT(skip, 500) << "a fault that never stops firing";
+                    auto [s, image, mask] = prepare();
+                    const Bytes before = BytesOf(s->GetTargetImage());
+                    const SurfaceState state = StateOf(s.get());
+                    const int live = VtGraphicsManager::GetLiveObjectCount();
+                    VtGraphicsManager::InjectFault(static_cast<VtFaultKind>(fault), skip);
+                    const bool result = fill(s.get(), image.get(), mask.get());
+                    const bool reached = !VtGraphicsManager::IsFaultPending(static_cast<VtFaultKind>(fault));
+                    VtGraphicsManager::ClearFaults();
+                    TakeLog();
+                    EXPECT_EQ(VtGraphicsManager::GetLiveObjectCount(), live);
+                    EXPECT_EQ(StateOf(s.get()), state);
+                    const Bytes after = BytesOf(s->GetTargetImage());
+                    if (!reached) {
+                        EXPECT_EQ(result, expected);
+                        EXPECT_EQ(after, finished);
+                        break;
+                    }
+                    EXPECT_TRUE(after == before || after == finished);
+                }
+        }
+}
