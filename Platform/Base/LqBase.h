@@ -3,4 +3,5 @@
 #include "VtSort.h"
 #include "ZedaColour.h"
 #include "ZedaGeometry.h"
+#include "ZedaGradient.h"
 #include "ZedaUnicodeString.h"

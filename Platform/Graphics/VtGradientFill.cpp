@@ -15,17 +15,6 @@ struct Vec {
     double y;
 };
 
-// Blends channel by channel, a fractional step rounding towards colour1, as
-// the band generators of the fill module do.
-uint32_t Blend(uint32_t colour1, uint32_t colour2, double t)
-{
-    t = std::clamp(t, 0.0, 1.0);
-    const auto channel = [t](int from, int to) { return from + static_cast<int>((to - from) * t); };
-    return ZEDARGB(channel(ZEDAREDVAL(colour1), ZEDAREDVAL(colour2)),
-                   channel(ZEDAGREENVAL(colour1), ZEDAGREENVAL(colour2)),
-                   channel(ZEDABLUEVAL(colour1), ZEDABLUEVAL(colour2)));
-}
-
 // Calls paint(x, y) for every pixel of `box` on the target and inside `clip`.
 template <typename Paint>
 void ForEachPixel(const RasterView& target, const ZedaRect& box, const cairo_region_t* clip, Paint&& paint)
@@ -45,8 +34,8 @@ std::pair<Vec, double> CentreAndReach(const ZedaRect& box, const GradientParams&
 {
     const Vec centre{(box.left + box.right) / 2.0 + box.Width() * params.offsetX / 100.0,
                      (box.top + box.bottom) / 2.0 - box.Height() * params.offsetY / 100.0};
-    const Vec corner{params.offsetX < 0 ? double(box.right) : double(box.left),
-                     params.offsetY > 0 ? double(box.bottom) : double(box.top)};
+    const ZEDA::ZedaPoint farCorner = ZEDA::GradientFarCorner(box, params.offsetX, params.offsetY);
+    const Vec corner{double(farCorner.x), double(farCorner.y)};
     const double reach = std::hypot(corner.x - centre.x, corner.y - centre.y);
     return {centre, std::max(reach, 1.0)};
 }
@@ -58,7 +47,8 @@ void PaintLinearGradient(const RasterView& target, const ZedaRect& box, const Gr
 {
     // The axis runs along the angle from the corner where it enters the box
     // to the projection of the opposite corner.
-    const Vec axis{std::cos(params.angle), -std::sin(params.angle)};
+    const double angle = ZEDA::GradientAngle(params.angle);
+    const Vec axis{std::cos(angle), -std::sin(angle)};
     const Vec start{axis.x >= 0 ? double(box.left) : double(box.right),
                     axis.y >= 0 ? double(box.top) : double(box.bottom)};
     const Vec opposite{axis.x >= 0 ? double(box.right) : double(box.left),
@@ -70,7 +60,7 @@ void PaintLinearGradient(const RasterView& target, const ZedaRect& box, const Gr
         const double px = x + 0.5 + shift.x - start.x;
         const double py = y + 0.5 + shift.y - start.y;
         const double t = std::fabs(px * axis.x + py * axis.y) / length;
-        WriteRaw(target, x, y, DrawingRaw(target, Blend(params.colour1, params.colour2, t)));
+        WriteRaw(target, x, y, DrawingRaw(target, ZEDA::GradientColour(params.colour1, params.colour2, t)));
     });
 }
 
@@ -80,22 +70,24 @@ void PaintRadialGradient(const RasterView& target, const ZedaRect& box, const Gr
     const auto [centre, reach] = CentreAndReach(box, params);
     ForEachPixel(target, box, clip, [&](int x, int y) {
         const double t = std::hypot(x + 0.5 - centre.x, y + 0.5 - centre.y) / reach;
-        WriteRaw(target, x, y, DrawingRaw(target, Blend(params.colour1, params.colour2, t)));
+        WriteRaw(target, x, y, DrawingRaw(target, ZEDA::GradientColour(params.colour1, params.colour2, t)));
     });
 }
 
 void PaintSquareGradient(const RasterView& image, const ZedaRect& box, const GradientParams& params)
 {
     const auto [centre, reach] = CentreAndReach(box, params);
-    const double c = std::cos(params.angle);
-    const double s = std::sin(params.angle);
+    const double angle = ZEDA::GradientAngle(params.angle);
+    const double c = std::cos(angle);
+    const double s = std::sin(angle);
     for (int y = 0; y < image.height; ++y) {
         for (int x = 0; x < image.width; ++x) {
             const double dx = box.left + x + 0.5 - centre.x;
             const double dy = box.top + y + 0.5 - centre.y;
             // Distance measured in squares turned by the angle.
             const double half = std::max(std::fabs(dx * c - dy * s), std::fabs(dx * s + dy * c));
-            WriteRaw(image, x, y, DrawingRaw(image, Blend(params.colour1, params.colour2, half / reach)));
+            const uint32_t colour = ZEDA::GradientColour(params.colour1, params.colour2, half / reach);
+            WriteRaw(image, x, y, DrawingRaw(image, colour));
         }
     }
 }

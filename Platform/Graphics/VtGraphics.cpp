@@ -205,22 +205,23 @@ bool VtGraphics::BitBlt(int x, int y, int width, int height, VtGraphics* source,
         kLog.Fail("GGr006");
         return false;
     }
-    ZedaRect dest{x, y, x + width, y + height};
+    ZedaRect dest{ZedaPoint(x, y), ZedaSize(width, height)};
     LogicalToDeviceRect(dest);
     dest.Normalize();
     ZedaPoint from{srcX, srcY};
     source->LogicalToDevicePoints(&from, 1);
     // Source pixel = target pixel + shift; keep what lies on both surfaces.
-    const int shiftX = from.x - dest.left;
-    const int shiftY = from.y - dest.top;
+    const int shiftX = ZEDA::WrappingSub(from.x, dest.left);
+    const int shiftY = ZEDA::WrappingSub(from.y, dest.top);
     const gfx::RasterView view = VtImageAccess::View(*pixels);
     ZedaRect sourceBounds = view.Bounds();
-    sourceBounds.Offset(-shiftX, -shiftY);
+    sourceBounds.Offset(ZEDA::WrappingSub(0, shiftX), ZEDA::WrappingSub(0, shiftY));
     ZedaRect area = dest;
     if (!area.Intersection({0, 0, size.cx, size.cy}) || !area.Intersection(sourceBounds)) {
         return true;
     }
-    const gfx::BlitSource pixelsFrom{view, {area.left + shiftX, area.top + shiftY}, source->state_->background};
+    const gfx::BlitSource pixelsFrom{
+        view, {ZEDA::WrappingAdd(area.left, shiftX), ZEDA::WrappingAdd(area.top, shiftY)}, source->state_->background};
     return state_->device->Blit(area, pixelsFrom, rop, ClipOf(*state_));
 }
 
@@ -237,16 +238,17 @@ AxisSamples SampleAxis(int destStart, int destLength, int srcStart, int srcLengt
                        int validFrom, int validTo)
 {
     AxisSamples samples;
-    for (int d = std::max(destStart, visibleFrom); d < std::min(destStart + destLength, visibleTo); ++d) {
-        const double offset = (d - destStart + 0.5) * srcLength / destLength;
-        const int s = srcStart + static_cast<int>(std::floor(offset));
+    const long long destEnd = static_cast<long long>(destStart) + destLength;
+    for (int d = std::max(destStart, visibleFrom); d < std::min<long long>(destEnd, visibleTo); ++d) {
+        const double offset = (static_cast<double>(d) - destStart + 0.5) * srcLength / destLength;
+        const double s = srcStart + std::floor(offset);
         if (s < validFrom || s >= validTo) {
             continue;
         }
         if (samples.sources.empty()) {
             samples.first = d;
         }
-        samples.sources.push_back(s);
+        samples.sources.push_back(static_cast<int>(s));
     }
     return samples;
 }
@@ -262,10 +264,10 @@ bool VtGraphics::DrawImageData(int x, int y, int width, int height, int srcX, in
         kLog.Fail("GGr007");
         return false;
     }
-    ZedaRect dest{x, y, x + width, y + height};
+    ZedaRect dest{ZedaPoint(x, y), ZedaSize(width, height)};
     LogicalToDeviceRect(dest);
     dest.Normalize();
-    ZedaRect src{srcX, srcY, srcX + srcWidth, srcY + srcHeight};
+    ZedaRect src{ZedaPoint(srcX, srcY), ZedaSize(srcWidth, srcHeight)};
     src.Normalize();
     const ZedaSize size = GetDeviceSize();
     if (dest.IsEmpty() || src.IsEmpty()) {

@@ -76,6 +76,8 @@ bool DrawOpaqueRectangle(VtGraphics* graphics, const ZedaRect& rect, unsigned in
 
 }  // namespace EspecialFillDetail
 
+using namespace EspecialFillDetail;
+
 namespace {
 
 constexpr double kLineTolerance = 1e-10;
@@ -90,15 +92,10 @@ int WrappedSquareSum(int dx, int dy)
     return static_cast<int>(ux * ux + uy * uy);
 }
 
-int WrappedDifference(int a, int b)
-{
-    return static_cast<int>(static_cast<unsigned>(a) - static_cast<unsigned>(b));
-}
-
 double Distance(const ZedaPoint& a, const ZedaPoint& b)
 {
     return std::sqrt(static_cast<double>(
-        WrappedSquareSum(WrappedDifference(a.x, b.x), WrappedDifference(a.y, b.y))));
+        WrappedSquareSum(WrappingSub(a.x, b.x), WrappingSub(a.y, b.y))));
 }
 
 bool IsNear(double value) { return -kLineTolerance < value && value < kLineTolerance; }
@@ -122,20 +119,14 @@ struct LineAndPoint {
 bool OntoAxisParallelLine(const LineAndPoint& line, ZedaPoint& point)
 {
     if (IsNear(line.dx)) {
-        point = ZedaPoint(static_cast<int>(line.x1), point.y);
+        point = ZedaPoint(TruncateToInt(line.x1), point.y);
         return true;
     }
     if (IsNear(line.dy)) {
-        point = ZedaPoint(point.x, static_cast<int>(line.y1));
+        point = ZedaPoint(point.x, TruncateToInt(line.y1));
         return true;
     }
     return false;
-}
-
-unsigned char InterpolateChannel(unsigned char from, unsigned char to, double t)
-{
-    const int difference = static_cast<int>(to) - static_cast<int>(from);
-    return static_cast<unsigned char>(from + static_cast<int>(difference * t));
 }
 
 }  // namespace
@@ -156,8 +147,8 @@ ZedaSize VtEspecialFill::GetScreenSize()
 
 double VtEspecialFill::CalAzimuth(const ZedaPoint& from, const ZedaPoint& to)
 {
-    const int dx = WrappedDifference(from.x, to.x);
-    const int dy = WrappedDifference(from.y, to.y);
+    const int dx = WrappingSub(from.x, to.x);
+    const int dy = WrappingSub(from.y, to.y);
     return std::atan2(static_cast<double>(dy), static_cast<double>(dx));
 }
 
@@ -166,12 +157,7 @@ void VtEspecialFill::GetColor(const ZedaPoint& start, const ZedaPoint& end, unsi
 {
     const double fromStart = Distance(start, point);
     const double axisLength = Distance(start, end);
-    double t = fromStart / axisLength;
-    if (std::isnan(t) || std::isinf(t) || t > 1.0)
-        t = 1.0;
-    color = ZEDARGB(InterpolateChannel(ZEDAREDVAL(startColor), ZEDAREDVAL(endColor), t),
-                    InterpolateChannel(ZEDAGREENVAL(startColor), ZEDAGREENVAL(endColor), t),
-                    InterpolateChannel(ZEDABLUEVAL(startColor), ZEDABLUEVAL(endColor), t));
+    color = ZEDA::GradientColour(startColor, endColor, fromStart / axisLength);
 }
 
 void VtEspecialFill::GetSectionPoint(const ZedaPoint& p1, const ZedaPoint& p2, ZedaPoint& point)
@@ -181,9 +167,9 @@ void VtEspecialFill::GetSectionPoint(const ZedaPoint& p1, const ZedaPoint& p2, Z
         return;
     const auto [x1, y1, x3, y3, dx, dy] = line;
     if (line.IsSteep())
-        point = ZedaPoint(static_cast<int>(x1 + dx * (y3 - y1) / dy), point.y);
+        point = ZedaPoint(TruncateToInt(x1 + dx * (y3 - y1) / dy), point.y);
     else
-        point = ZedaPoint(point.x, static_cast<int>(y1 + dy * (x3 - x1) / dx));
+        point = ZedaPoint(point.x, TruncateToInt(y1 + dy * (x3 - x1) / dx));
 }
 
 void VtEspecialFill::GetVerticalPoint(const ZedaPoint& p1, const ZedaPoint& p2, ZedaPoint& point)
@@ -194,17 +180,18 @@ void VtEspecialFill::GetVerticalPoint(const ZedaPoint& p1, const ZedaPoint& p2, 
     const auto [x1, y1, x3, y3, dx, dy] = line;
     const double lengthSquared = dx * dx + dy * dy;
     if (line.IsSteep()) {
-        const int y = static_cast<int>((dx * dx * y1 + dy * dy * y3 + dx * dy * (x3 - x1)) / lengthSquared);
-        point = ZedaPoint(static_cast<int>(x1 + dx * (y - y1) / dy), y);
+        const int y = TruncateToInt((dx * dx * y1 + dy * dy * y3 + dx * dy * (x3 - x1)) / lengthSquared);
+        point = ZedaPoint(TruncateToInt(x1 + dx * (y - y1) / dy), y);
     } else {
-        const int x = static_cast<int>((dy * dy * x1 + dx * dx * x3 + dx * dy * (y3 - y1)) / lengthSquared);
-        point = ZedaPoint(x, static_cast<int>(y1 + dy * (x - x1) / dx));
+        const int x = TruncateToInt((dy * dy * x1 + dx * dx * x3 + dx * dy * (y3 - y1)) / lengthSquared);
+        point = ZedaPoint(x, TruncateToInt(y1 + dy * (x - x1) / dx));
     }
 }
 
 void VtEspecialFill::GetEndPointOfColor(double angle, const ZedaRect& rect, ZedaPoint& start, ZedaPoint& end)
 {
     using std::numbers::pi;
+    angle = ZEDA::GradientAngle(angle);
     const int left = rect.left, top = rect.top, right = rect.right, bottom = rect.bottom;
     if (angle < kAngleTolerance || 2 * pi - angle < kAngleTolerance) {
         start = ZedaPoint(left, top);
@@ -240,8 +227,8 @@ void VtEspecialFill::GetEndPointOfColor(double angle, const ZedaRect& rect, Zeda
         end = ZedaPoint(right, bottom);
     }
     const double diagonal = std::sqrt(static_cast<double>(WrappedSquareSum(rect.Height(), rect.Width())));
-    const int directionY = start.y - static_cast<int>(std::sin(angle) * diagonal);
-    const int directionX = start.x + static_cast<int>(std::cos(angle) * diagonal);
+    const int directionY = WrappingSub(start.y, TruncateToInt(std::sin(angle) * diagonal));
+    const int directionX = WrappingAdd(start.x, TruncateToInt(std::cos(angle) * diagonal));
     GetVerticalPoint(start, ZedaPoint(directionX, directionY), end);
 }
 

@@ -41,7 +41,10 @@ struct GradientCanvas {
             memory->SelectImage(previousImage);
     }
 
-    ZedaPoint Local(const ZedaPoint& p) const { return ZedaPoint(p.x - area.left, p.y - area.top); }
+    ZedaPoint Local(const ZedaPoint& p) const
+    {
+        return ZedaPoint(WrappingSub(p.x, area.left), WrappingSub(p.y, area.top));
+    }
 
     // The painted image, now the caller's.
     VtImage* HandOut() { return image.release(); }
@@ -94,28 +97,24 @@ struct GradientCentre {
     GradientCentre(const ZedaRect& rect, int offsetX, int offsetY)
     {
         centre = rect.CenterPoint();
-        centre.x += rect.Width() * offsetX / 100;
-        centre.y -= rect.Height() * offsetY / 100;
-        farCorner = rect.TopLeft();
-        if (offsetX < 0)
-            farCorner.x = rect.right;
-        if (offsetY > 0)
-            farCorner.y = rect.bottom;
+        centre.x = WrappingAdd(centre.x, WrappingMul(rect.Width(), offsetX) / 100);
+        centre.y = WrappingSub(centre.y, WrappingMul(rect.Height(), offsetY) / 100);
+        farCorner = ZEDA::GradientFarCorner(rect, offsetX, offsetY);
     }
 
     int Radius() const
     {
-        const double dx = centre.x - farCorner.x;
-        const double dy = centre.y - farCorner.y;
-        return static_cast<int>(std::ceil(std::sqrt(dx * dx + dy * dy)));
+        const double dx = WrappingSub(centre.x, farCorner.x);
+        const double dy = WrappingSub(centre.y, farCorner.y);
+        return TruncateToInt(std::ceil(std::sqrt(dx * dx + dy * dy)));
     }
 
     // Distance d from the centre of W and half-diagonal h of W.
     void Reach(const ZedaRect& area, double& d, double& h) const
     {
         const ZedaPoint middle = area.CenterPoint();
-        const double dx = std::abs(centre.x - middle.x);
-        const double dy = std::abs(centre.y - middle.y);
+        const double dx = WrappingAbs(WrappingSub(centre.x, middle.x));
+        const double dy = WrappingAbs(WrappingSub(centre.y, middle.y));
         d = std::sqrt(dx * dx + dy * dy);
         const double halfWidth = area.Width() / 2.0;
         const double halfHeight = area.Height() / 2.0;
@@ -150,7 +149,7 @@ struct CentredCanvas : GradientCanvas {
 int StepFor(int length, int screenBands, bool screen)
 {
     const int bands = screen ? screenBands : 200;
-    return std::max(1, (length + bands - 1) / bands);
+    return std::max(1, WrappingAdd(length, bands - 1) / bands);
 }
 
 int WidePen(int step) { return step + (step + 1) / 2; }
@@ -167,12 +166,20 @@ void RedefineBrush(VtBrush* brush, int style, unsigned int colour)
     brush->CreateBrush(style, colour, 100, 0, ZedaSize(0, 0), 0);
 }
 
+// The square of half-size k about `centre`.
+ZedaRect SquareAbout(const ZedaPoint& centre, int k)
+{
+    return ZedaRect(WrappingSub(centre.x, k), WrappingSub(centre.y, k), WrappingAdd(centre.x, k),
+                    WrappingAdd(centre.y, k));
+}
+
 // The colour the radial and square gradients give at distance k from G.
 unsigned int ColourAtDistance(const GradientCentre& g, int radius, unsigned int colour1, unsigned int colour2, int k)
 {
     unsigned int colour = 0;
-    const ZedaPoint reference(g.centre.x + radius, g.centre.y);
-    VtEspecialFill::GetColor(g.centre, reference, colour1, colour2, ZedaPoint(g.centre.x + k, g.centre.y), colour);
+    const ZedaPoint reference(WrappingAdd(g.centre.x, radius), g.centre.y);
+    VtEspecialFill::GetColor(g.centre, reference, colour1, colour2, ZedaPoint(WrappingAdd(g.centre.x, k), g.centre.y),
+                             colour);
     return colour;
 }
 
@@ -188,7 +195,7 @@ struct RingPen {
     RingPen(const CentredCanvas& canvas, VtPen* pen, unsigned int colour1, unsigned int colour2)
         : canvas(canvas), pen(pen), colour1(colour1), colour2(colour2), radius(canvas.g.Radius()),
           step(StepFor(radius, 72, canvas.screen)), width(WidePen(step)),
-          last(static_cast<int>(std::ceil(canvas.d + canvas.h)))
+          last(TruncateToInt(std::ceil(canvas.d + canvas.h)))
     {
     }
 
@@ -236,13 +243,15 @@ struct LinearBands {
             s = -s;
             c = -c;
         }
-        offset = ZedaPoint(offsetX * (start.x - end.x) / 100, offsetY * (start.y - end.y) / 100);
-        alongX = std::abs(sectionStart.y - sectionEnd.y) - std::abs(sectionStart.x - sectionEnd.x) <= 0;
+        offset = ZedaPoint(WrappingMul(offsetX, WrappingSub(start.x, end.x)) / 100,
+                           WrappingMul(offsetY, WrappingSub(start.y, end.y)) / 100);
+        alongX = WrappingSub(WrappingAbs(WrappingSub(sectionStart.y, sectionEnd.y)),
+                             WrappingAbs(WrappingSub(sectionStart.x, sectionEnd.x))) <= 0;
         const int a = alongX ? sectionStart.x : sectionStart.y;
         const int b = alongX ? sectionEnd.x : sectionEnd.y;
         lo = std::min(a, b);
         hi = std::max(a, b);
-        const int length = alongX ? std::abs(start.x - end.x) : std::abs(start.y - end.y);
+        const int length = WrappingAbs(alongX ? WrappingSub(start.x, end.x) : WrappingSub(start.y, end.y));
         step = StepFor(length, 100, canvas.screen);
         slanted = alongX ? sectionStart.y != sectionEnd.y : sectionStart.x != sectionEnd.x;
     }
@@ -252,15 +261,15 @@ struct LinearBands {
     {
         width = step;
         if (slanted) {
-            from = ZedaPoint(p.x - RoundAway(back * s), p.y - RoundAway(back * c));
-            to = ZedaPoint(p.x + RoundAway(forward * s), p.y + RoundAway(forward * c));
+            from = ZedaPoint(WrappingSub(p.x, RoundAway(back * s)), WrappingSub(p.y, RoundAway(back * c)));
+            to = ZedaPoint(WrappingAdd(p.x, RoundAway(forward * s)), WrappingAdd(p.y, RoundAway(forward * c)));
             width = WidePen(step);
         } else if (alongX) {
-            from = ZedaPoint(p.x, area.top - 1);
-            to = ZedaPoint(p.x, area.top + area.Height() + 1);
+            from = ZedaPoint(p.x, WrappingSub(area.top, 1));
+            to = ZedaPoint(p.x, WrappingAdd(area.bottom, 1));
         } else {
-            from = ZedaPoint(area.left - 1, p.y);
-            to = ZedaPoint(area.left + area.Width() + 1, p.y);
+            from = ZedaPoint(WrappingSub(area.left, 1), p.y);
+            to = ZedaPoint(WrappingAdd(area.right, 1), p.y);
         }
     }
 };
@@ -270,6 +279,7 @@ struct LinearBands {
 VtImage* VtEspecialFill::GetLinearImage(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
                                         unsigned int colour2, double angle, int offsetX, int offsetY)
 {
+    angle = ZEDA::GradientAngle(angle);
     Owned<VtPen> pen;  // destroyed after the canvas
     GradientCanvas canvas(rect);
     if (canvas.area.IsEmpty()) {
@@ -289,10 +299,11 @@ VtImage* VtEspecialFill::GetLinearImage(VtGraphics* graphics, const ZedaRect& re
         return NoTools();
 
     const LinearBands bands(canvas, angle, start, end, sectionStart, sectionEnd, offsetX, offsetY);
-    for (int v = bands.lo; v <= bands.hi + bands.step; v += bands.step) {
-        ZedaPoint p = bands.alongX ? ZedaPoint(v, 0) : ZedaPoint(0, v);
+    for (long long v = bands.lo; v <= static_cast<long long>(bands.hi) + bands.step; v += bands.step) {
+        const auto at = static_cast<int>(v);  // wraps as the int would
+        ZedaPoint p = bands.alongX ? ZedaPoint(at, 0) : ZedaPoint(0, at);
         GetSectionPoint(sectionStart, sectionEnd, p);
-        ZedaPoint q(p.x + bands.offset.x, p.y + bands.offset.y);
+        ZedaPoint q(WrappingAdd(p.x, bands.offset.x), WrappingAdd(p.y, bands.offset.y));
         GetVerticalPoint(start, end, q);
         unsigned int colour = 0;
         GetColor(start, end, colour1, colour2, q, colour);
@@ -328,15 +339,16 @@ VtImage* VtEspecialFill::GetRadialImage(VtGraphics* graphics, const ZedaRect& re
             return NoTools();
         brush->CreateBrush(VT_BRUSH_SOLID, colour1, 100, 0, ZedaSize(0, 0), 0);
         VtBrush* previousBrush = canvas.memory->SelectBrush(brush.get());
-        canvas.memory->DrawEllipse(ZedaRect(centre.x - 1, centre.y - 1, centre.x + 1, centre.y + 1));
+        canvas.memory->DrawEllipse(SquareAbout(centre, 1));
         canvas.memory->SelectBrush(previousBrush);
         r = rings.step + 1;
     } else {
-        r = std::max(static_cast<int>(canvas.d - canvas.h), 1);
+        r = std::max(TruncateToInt(canvas.d - canvas.h), 1);
     }
-    for (; r <= rings.last; r += rings.step) {
-        rings.SelectAt(r);
-        canvas.memory->DrawArc(ZedaRect(centre.x - r, centre.y - r, centre.x + r, centre.y + r), centre, centre);
+    for (long long ring = r; ring <= rings.last; ring += rings.step) {
+        const int k = static_cast<int>(ring);
+        rings.SelectAt(k);
+        canvas.memory->DrawArc(SquareAbout(centre, k), centre, centre);
     }
     canvas.memory->SelectPen(previousPen);
     return canvas.HandOut();
@@ -345,6 +357,7 @@ VtImage* VtEspecialFill::GetRadialImage(VtGraphics* graphics, const ZedaRect& re
 VtImage* VtEspecialFill::GetConicalImage(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
                                          unsigned int colour2, int offsetX, int offsetY, double angle)
 {
+    angle = ZEDA::GradientAngle(angle);
     CentredCanvas canvas(rect, offsetX, offsetY);
     if (!canvas.Open(graphics))
         return nullptr;
@@ -406,6 +419,7 @@ bool IsAxisAligned(double angle)
 VtImage* VtEspecialFill::GetSquareImage(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
                                         unsigned int colour2, int offsetX, int offsetY, double angle)
 {
+    angle = ZEDA::GradientAngle(angle);
     // Destroyed the canvas first, then the brush, then the pen.
     Owned<VtPen> pen;
     Owned<VtBrush> brush;
@@ -426,7 +440,7 @@ VtImage* VtEspecialFill::GetSquareImage(VtGraphics* graphics, const ZedaRect& re
     std::vector<ZedaPoint> corners(4);
     const auto drawSquare = [&](int k) {
         if (upright) {
-            canvas.memory->DrawRectangle(ZedaRect(centre.x - k, centre.y - k, centre.x + k, centre.y + k));
+            canvas.memory->DrawRectangle(SquareAbout(centre, k));
         } else {
             TurnedSquare(centre, k, c, s, corners.data());
             canvas.memory->DrawPolygon(corners.data(), 4);
@@ -446,9 +460,9 @@ VtImage* VtEspecialFill::GetSquareImage(VtGraphics* graphics, const ZedaRect& re
     }
     brush->CreateBrush(VT_BRUSH_NULL, colour1, 100, 0, ZedaSize(0, 0), 0);
     VtBrush* previousBrush = canvas.memory->SelectBrush(brush.get());
-    for (; k <= rings.last; k += rings.step) {
-        rings.SelectAt(k);
-        drawSquare(k);
+    for (long long square = k; square <= rings.last; square += rings.step) {
+        rings.SelectAt(static_cast<int>(square));
+        drawSquare(static_cast<int>(square));
     }
     canvas.memory->SelectBrush(previousBrush);
     canvas.memory->SelectPen(previousPen);
@@ -503,6 +517,7 @@ bool VtEspecialFill::GradientRectangle(VtGraphics* graphics, const ZedaRect& rec
         return false;
     }
     area.Inflate(1);
+    angle = ZEDA::GradientAngle(angle);
     offsetX = std::clamp(offsetX, -100, 100);
     offsetY = std::clamp(offsetY, -100, 100);
     const int previousMode = graphics->SetCoordinateMode(0);

@@ -311,15 +311,16 @@ void DrawKeyedByPixels(VtGraphics* graphics, VtImage* image, int x, int y, unsig
 
     const int w = info.width, h = info.height;
     const int dw = surfaceInfo.width, dh = surfaceInfo.height;
-    const int yEnd = std::min(dh, y + h);
-    const int xEnd = std::min(x + w, dw);
+    // Far from the surface the ends are clipped exactly, not wrapped.
+    const auto yEnd = static_cast<int>(std::min<long long>(dh, static_cast<long long>(y) + h));
+    const auto xEnd = static_cast<int>(std::min<long long>(static_cast<long long>(x) + w, dw));
     if (std::max(y, 0) > dh || yEnd < 0 || xEnd < 0 || std::max(x, 0) > dw)
         return;
     const int cols = std::min(w, xEnd - std::max(x, 0));
     const int rows = std::min(yEnd - std::max(y, 0), h);
     const double f = opacity / 100.0;
-    const double g = (100 - opacity) / 100.0;
-    const bool copySource = static_cast<unsigned>(opacity - 1) > 98;
+    const double g = (100.0 - opacity) / 100.0;
+    const bool copySource = static_cast<unsigned>(opacity) - 1u > 98u;
     const unsigned char sourceBits = info.bitsPerPixel;
     const unsigned char surfaceBits = surfaceInfo.bitsPerPixel;
     const long long sourcePixel = sourceBits / 8, surfacePixel = surfaceBits / 8;
@@ -492,6 +493,13 @@ bool VtEspecialFill::TransparentRectangle(VtGraphics* graphics, const ZedaRect& 
         return false;
     }
     if (!IsScreenSurface(graphics) && (area.Width() > 3999 || area.Height() > 3999)) {
+        // Tiles are cut from the logical rectangle, which must have a size.
+        ZedaRect whole = rect;
+        whole.Normalize();
+        if (whole.IsEmpty()) {
+            especialFillLog.Fail("EEf002");
+            return false;
+        }
         FillInTiles(graphics, rect, colour, t);
         return true;
     }

@@ -4,6 +4,7 @@
 // surface questions and the opaque fill. Region helpers are in
 // VtEspecialFillRegion_p.h, the blend kernels in blend/.
 
+#include <climits>
 #include <memory>
 
 #include "LqBase.h"
@@ -43,10 +44,28 @@ ZEDA::ZedaRect ScreenRect();
 // the brush or the pen cannot be made.
 bool DrawOpaqueRectangle(VtGraphics* graphics, const ZEDA::ZedaRect& rect, unsigned int colour);
 
+// The geometry's ints are 32-bit two's complement numbers, as the hardware
+// keeps them: what leaves the range wraps around.
+using ZEDA::WrappingAdd;
+using ZEDA::WrappingSub;
+inline int WrappingMul(int a, int b)
+{
+    return static_cast<int>(static_cast<unsigned>(a) * static_cast<unsigned>(b));
+}
+inline int WrappingAbs(int a) { return a < 0 ? WrappingSub(0, a) : a; }
+
+// The geometry's doubles become ints by truncation; a value the int range
+// cannot hold (NaN included) becomes INT_MIN, as the processor's conversion
+// gives it, instead of being undefined.
+inline int TruncateToInt(double value)
+{
+    return value > -2147483649.0 && value < 2147483648.0 ? static_cast<int>(value) : INT_MIN;
+}
+
 // Half away from zero, then truncated.
 inline int RoundAway(double value)
 {
-    return static_cast<int>(value > 0 ? value + 0.5 : value - 0.5);
+    return TruncateToInt(value > 0 ? value + 0.5 : value - 0.5);
 }
 
 }  // namespace EspecialFillDetail
