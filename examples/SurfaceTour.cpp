@@ -94,7 +94,7 @@ void DrawScene(VtGraphics& g)
     clip->CreateRectRegion(box.left, box.top, box.right, box.bottom);
     VTC::VtRgn* previousClip = g.SelectClipRegion(clip.get(), VTC::VT_CLIP_INTERSECT);
     VtEspecialFill::GradientRectangle(&g, gradient, ZEDARGB(255, 140, 0), ZEDARGB(90, 40, 160), 0.0, 0, 0,
-                                      /*linear*/ 10, /*transparency*/ 0);
+                                      VTC::VT_GRADIENT_LINEAR, /*transparency*/ 0);
     g.SelectClipRegion(previousClip, VTC::VT_CLIP_REPLACE);
 
     // Plain shapes: the pen draws the outline, the brush fills the inside.

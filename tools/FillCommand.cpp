@@ -23,13 +23,13 @@ namespace {
 int KindNumber(const std::string& kind)
 {
     if (kind == "linear")
-        return 10;
+        return VTC::VT_GRADIENT_LINEAR;
     if (kind == "radial")
-        return 11;
+        return VTC::VT_GRADIENT_RADIAL;
     if (kind == "conical")
-        return 12;
+        return VTC::VT_GRADIENT_CONICAL;
     if (kind == "square")
-        return 13;
+        return VTC::VT_GRADIENT_SQUARE;
     if (kind == "plain")
         return 0;
     return -1;

@@ -39,7 +39,8 @@ struct GradientKind {
     const char* name;
 };
 constexpr GradientKind gradientKinds[] = {
-    {10, "linear"}, {11, "radial"}, {12, "conical"}, {13, "square"}, {9, "other kind: plain"}};
+    {VTC::VT_GRADIENT_LINEAR, "linear"}, {VTC::VT_GRADIENT_RADIAL, "radial"}, {VTC::VT_GRADIENT_CONICAL, "conical"},
+    {VTC::VT_GRADIENT_SQUARE, "square"}, {9, "other kind: plain"}};
 
 struct Variant {
     double degrees;
@@ -237,14 +238,15 @@ bool TransparentFillSheet(Gallery& gallery)
                          [&](VtGraphics& g, const ZedaRect& r) {
                              const auto points = StarPoints(r);
                              return VtEspecialFill::GradientPolygon(&g, points.data(), static_cast<int>(points.size()),
-                                                                    colour1, colour2, 0.0, 0, 0, 11, 20);
+                                                                    colour1, colour2, 0.0, 0, 0,
+                                                                    VTC::VT_GRADIENT_RADIAL, 20);
                          }) &&
             gallery.Cell(sheet, kind, "linear multi t 0", [&](VtGraphics& g, const ZedaRect& r) {
                 std::vector<int> counts;
                 const auto points = MultiPolygonPoints(r, counts);
                 return VtEspecialFill::GradientPolyPolygon(&g, points.data(), counts.data(),
                                                            static_cast<int>(counts.size()), colour1, colour2,
-                                                           Radians(30), 0, 0, 10, 0);
+                                                           Radians(30), 0, 0, VTC::VT_GRADIENT_LINEAR, 0);
             });
         if (!drawn)
             return false;

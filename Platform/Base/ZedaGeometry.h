@@ -8,8 +8,14 @@ namespace ZEDA {
 // leave the int range wrap around, as the hardware's do, instead of being
 // undefined. A rectangle wider or higher than INT_MAX thus has a negative
 // width or height and counts as empty.
-constexpr int WrappingAdd(int a, int b) { return static_cast<int>(static_cast<unsigned>(a) + static_cast<unsigned>(b)); }
-constexpr int WrappingSub(int a, int b) { return static_cast<int>(static_cast<unsigned>(a) - static_cast<unsigned>(b)); }
+constexpr int WrappingAdd(int a, int b)
+{
+    return static_cast<int>(static_cast<unsigned>(a) + static_cast<unsigned>(b));
+}
+constexpr int WrappingSub(int a, int b)
+{
+    return static_cast<int>(static_cast<unsigned>(a) - static_cast<unsigned>(b));
+}
 
 struct LQ_EXPORT ZedaPoint {
     int x = 0;

@@ -399,10 +399,14 @@ private:
     ZedaPoint previousOrigin_;
 };
 
+// A document kind of the framework that this platform does not make; like
+// vector documents it cannot be read back.
+constexpr int kForeignDocumentKind = 5;
+
 bool TakesNoTransparentFill(VtGraphics* graphics)
 {
     const int kind = graphics->GetSurfaceKind();
-    return kind == 4 || kind == 5;
+    return kind == VT_SURFACE_VECTOR || kind == kForeignDocumentKind;
 }
 
 // Cuts a large rectangle into tiles of at most 2000 device pixels a side.

@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "TempDir.h"
+#include "LqTestSupport.h"
 #include "VtFile.h"
 #include "VtFileStream.h"
 

@@ -4,7 +4,7 @@
 #include <sstream>
 #include <vector>
 
-#include "TempDir.h"
+#include "LqTestSupport.h"
 #include "VtLogFile.h"
 
 using VTC::VtLogFile;

@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-#include "TempDir.h"
+#include "LqTestSupport.h"
 #include "VtFileStream.h"
 #include "VtMemoryStream.h"
 

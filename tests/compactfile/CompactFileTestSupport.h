@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "VtByteArray.h"
+#include "LqTestSupport.h"
 #include "VtCompactFile.h"
 
 namespace cftest {
@@ -21,18 +22,10 @@ using VTC::ZedaUnicodeString;
 // A fresh directory per test, removed with everything in it.
 class TempDirTest : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        std::string pattern = (std::filesystem::temp_directory_path() / "lq-cf-XXXXXX").string();
-        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-        dir_ = pattern;
-    }
-    void TearDown() override { std::filesystem::remove_all(dir_); }
+    std::string PathOf(const std::string& name) const { return temp_ / name; }
+    ZedaUnicodeString UPathOf(const std::string& name) const { return temp_.Unicode(name); }
 
-    std::string PathOf(const std::string& name) const { return (dir_ / name).string(); }
-    ZedaUnicodeString UPathOf(const std::string& name) const { return ZedaUnicodeString::FromUtf8(PathOf(name)); }
-
-    std::filesystem::path dir_;
+    lqtest::TempDir temp_{"lq-cf-"};
 };
 
 inline Bytes ReadFileBytes(const std::string& path)

@@ -97,8 +97,9 @@ TEST_F(FailurePaths, EachFaultLogsItsCodesAndLeavesEverythingAsItWas)
         };
         const auto gradient = [&](int n) {
             const int counts[] = {n};
-            return poly ? VtEspecialFill::GradientPolyPolygon(s, triangle, counts, 1, kFrom, kTo, 0, 0, 0, 10, 0)
-                        : VtEspecialFill::GradientPolygon(s, triangle, n, kFrom, kTo, 0, 0, 0, 10, 0);
+            const int linear = VT_GRADIENT_LINEAR;
+            return poly ? VtEspecialFill::GradientPolyPolygon(s, triangle, counts, 1, kFrom, kTo, 0, 0, 0, linear, 0)
+                        : VtEspecialFill::GradientPolygon(s, triangle, n, kFrom, kTo, 0, 0, 0, linear, 0);
         };
         const std::string name = poly ? "polypolygon" : "polygon";
         check(name, [&] { return transparent(triangle); },
@@ -113,7 +114,7 @@ TEST_F(FailurePaths, EachFaultLogsItsCodesAndLeavesEverythingAsItWas)
     }
 
     const auto gradient = [&](ZedaRect r, unsigned int colour2) {
-        return VtEspecialFill::GradientRectangle(s, r, kFrom, colour2, 0, 0, 0, 11, 0);
+        return VtEspecialFill::GradientRectangle(s, r, kFrom, colour2, 0, 0, 0, VT_GRADIENT_RADIAL, 0);
     };
     check("gradient, no width", [&] { return gradient({5, 5, 5, 30}, kTo); }, {{{kNone}, 0, {"300:EEf007"}}});
     // A generator's failure is logged once, by the generator.

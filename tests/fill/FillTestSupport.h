@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "LqGraphics.h"
+#include "LqTestSupport.h"
 #include "LqToolkit.h"
 #include "VtEspecialFill.h"
 
@@ -116,10 +117,9 @@ inline Bytes ExpectedBlit(VtGraphics* surface, const VtImage* image, int x, int 
 inline std::vector<std::string> TakeLog()
 {
     std::vector<std::string> codes;
-    for (const auto& record : VtLogFile::GetInstance(false)->GetRecords())
+    for (const auto& record : lqtest::TakeLogRecords())
         if (record.source == "Src/Symbol/VtEspecialFill")
             codes.push_back(std::to_string(record.level) + ":" + record.code);
-    VtLogFile::GetInstance(false)->ClearRecords();
     return codes;
 }
 

@@ -150,8 +150,9 @@ TEST_F(Gradient, GeneratorsNormaliseAndStayOnScreen)
 TEST_F(Gradient, EachKindIsItsGeneratorsImageBlittedInDevicePixels)
 {
     const ZedaRect device(23, 17, 125, 79);  // (20, 15, 120, 75) about the origin (4, 3)
-    const std::pair<int, unsigned int> kinds[] = {{10, kTo}, {11, kTo}, {12, kTo}, {13, kTo},
-                                                  {9, kTo},  {14, kTo}, {10, kFrom}};
+    const std::pair<int, unsigned int> kinds[] = {
+        {VT_GRADIENT_LINEAR, kTo}, {VT_GRADIENT_RADIAL, kTo}, {VT_GRADIENT_CONICAL, kTo}, {VT_GRADIENT_SQUARE, kTo},
+        {9, kTo}, {14, kTo}, {VT_GRADIENT_LINEAR, kFrom}};
     for (const auto& [kind, to] : kinds)
         for (int t : {0, 40}) {
             Surface surface = Window(160, 90);
@@ -159,8 +160,9 @@ TEST_F(Gradient, EachKindIsItsGeneratorsImageBlittedInDevicePixels)
             Scramble(s->GetTargetImage(), 11);
             s->SetOrigin(ZedaPoint(4, 3));
             const SurfaceState state = StateOf(s);
-            const bool plain = kind < 10 || kind > 13 || to == kFrom;
-            Image image(plain ? ImageFor(s, 102, 62, kFrom).release() : kGenerators[kind - 10](s, device));
+            const bool plain = kind < VT_GRADIENT_LINEAR || kind > VT_GRADIENT_SQUARE || to == kFrom;
+            Image image(plain ? ImageFor(s, 102, 62, kFrom).release()
+                              : kGenerators[kind - VT_GRADIENT_LINEAR](s, device));
             const Bytes expected = ExpectedBlit(s, image.get(), device.left, device.top, 102, 62, plain ? 0 : t);
             EXPECT_TRUE(VtEspecialFill::GradientRectangle(s, {20, 15, 120, 75}, kFrom, to, 0.7, 250, -30, kind, t));
             EXPECT_EQ(BytesOf(s->GetTargetImage()), expected) << kind << " t " << t;
@@ -172,14 +174,14 @@ TEST_F(Gradient, NativeGradientSurfacesDrawConicalAsRadial)
 {
     const Bytes blank = BytesOf(Window(80, 60)->GetTargetImage());
     Bytes drawn[4];
-    for (int kind : {10, 11, 12, 13}) {
+    for (int kind = VT_GRADIENT_LINEAR; kind <= VT_GRADIENT_SQUARE; ++kind) {
         Surface native(VtGraphicsManager::CreateNativeGradientGraphics(80, 60, 32));
         native->GetTargetImage()->Fill(kPaper);
         // Only the square gradient comes back as an image to blit.
         EXPECT_EQ(VtEspecialFill::GradientRectangle(native.get(), {10, 10, 50, 40}, kFrom, kTo, 0.5, 0, 0, kind, 0),
-                  kind == 13);
-        drawn[kind - 10] = BytesOf(native->GetTargetImage());
-        EXPECT_NE(drawn[kind - 10], blank) << kind;
+                  kind == VT_GRADIENT_SQUARE);
+        drawn[kind - VT_GRADIENT_LINEAR] = BytesOf(native->GetTargetImage());
+        EXPECT_NE(drawn[kind - VT_GRADIENT_LINEAR], blank) << kind;
     }
     EXPECT_EQ(drawn[2], drawn[1]);
     EXPECT_NE(drawn[0], drawn[1]);
@@ -192,8 +194,9 @@ TEST_F(Gradient, PolygonsShowTheirBoundingBoxGradientOnlyInside)
     const ZedaPoint points[] = {{10, 10}, {70, 10}, {10, 70},  // a triangle, then two squares
                                 {10, 80}, {20, 80}, {20, 90}, {10, 90}, {60, 80}, {70, 80}, {70, 90}, {60, 90}};
     const int three[] = {3}, counts[] = {4, 4};
-    EXPECT_TRUE(VtEspecialFill::GradientPolygon(surface.get(), points, 3, kFrom, kTo, 0.0, 0, 0, 10, 0));
-    EXPECT_TRUE(VtEspecialFill::GradientPolyPolygon(surface.get(), points + 3, counts, 2, kFrom, kTo, 0, 0, 0, 10, 0));
+    const int linear = VT_GRADIENT_LINEAR;
+    EXPECT_TRUE(VtEspecialFill::GradientPolygon(surface.get(), points, 3, kFrom, kTo, 0.0, 0, 0, linear, 0));
+    EXPECT_TRUE(VtEspecialFill::GradientPolyPolygon(surface.get(), points + 3, counts, 2, kFrom, kTo, 0, 0, 0, linear, 0));
     EXPECT_EQ(StateOf(surface.get()), state);
     EXPECT_EQ(ColoursAt(surface.get(), {{60, 60}, {12, 75}, {8, 12}, {40, 85}}), Colours(4, Rgb(kPaper)));
     // Inside, the gradient of the region's bounds, inflated by one pixel.

@@ -169,10 +169,10 @@ TEST_F(TransparentShape, ScreenAndImageClips)
     Image target = ImageFor(surface.get(), 100, 50, kPaper);
     Surface printing(VtGraphicsManager::CreateImageGraphics(target.get()));
     printing->SetPrinting(true);
-    VtGraphicsManager::SetCurGraphicsType(9);
+    VtGraphicsManager::SetCurGraphicsType(VT_SURFACE_IMAGE);
     EXPECT_TRUE(VtEspecialFill::TransparentRectangle(printing.get(), ZedaRect(-10, -10, 200, 200), kInk, 40));
     EXPECT_FALSE(VtEspecialFill::TransparentRectangle(printing.get(), ZedaRect(150, 0, 200, 10), kInk, 40));
-    VtGraphicsManager::SetCurGraphicsType(2);
+    VtGraphicsManager::SetCurGraphicsType(VT_SURFACE_MEMORY);
     EXPECT_EQ(TakeLog(), std::vector<std::string>{"300:EEf002"});
     EXPECT_EQ(ColoursAt(printing.get(), {{0, 0}, {99, 49}}), Colours(2, Blended(kInk, kPaper, 40)));
 }

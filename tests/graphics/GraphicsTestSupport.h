@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "LqGraphics.h"
+#include "LqTestSupport.h"
 #include "LqToolkit.h"
 
 namespace VTC::test {
@@ -148,9 +149,8 @@ inline ZedaRect ColourBounds(const VtImage& image, unsigned int colour)
 inline std::vector<std::string> TakeLog()
 {
     std::vector<std::string> records;
-    for (const VtLogRecord& record : VtLogFile::GetInstance(false)->GetRecords())
+    for (const VtLogRecord& record : lqtest::TakeLogRecords())
         records.push_back(std::to_string(record.level) + ' ' + record.code);
-    VtLogFile::GetInstance(false)->ClearRecords();
     return records;
 }
 
@@ -160,14 +160,6 @@ inline std::string ReadFileBytes(const std::string& path)
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
-class TempDir {
-public:
-    ~TempDir() { std::filesystem::remove_all(path_); }
-    std::string operator/(const std::string& name) const { return (path_ / name).string(); }
-
-private:
-    std::string pattern_ = (std::filesystem::temp_directory_path() / "lq-gfx-XXXXXX").string();
-    std::filesystem::path path_ = mkdtemp(pattern_.data());
-};
+using lqtest::TempDir;
 
 }  // namespace VTC::test

@@ -170,14 +170,16 @@ TEST(ManagerTest, SurfacesAnswerTheirKindDeviceStateAndWhetherTheyReadBack)
     TempDir dir;
     auto target = MakeImage(5, 5, 32);
     const std::tuple<VtGraphics*, int, bool, bool, bool> cases[] = {  // kind, printing, recording, read back
-        {Manager::CreateWindowGraphics(8, 6, 32), 1, false, false, true},
-        {Manager::NewGraphics(0), 2, false, false, false},  // no image selected
-        {Manager::CreatePrintGraphics(2100, 2970, 100), 3, true, false, true},
-        {Manager::CreateVectorGraphics(dir / "a.svg", VT_VECTOR_SVG, 8, 6, true), 4, true, false, false},
-        {Manager::CreateVectorGraphics(dir / "b.pdf", VT_VECTOR_PDF, 8, 6, false), 4, false, false, false},
-        {Manager::CreateRecordingGraphics(8, 6, 24), 6, false, true, true},
-        {Manager::CreateNativeGradientGraphics(8, 6, 32), 8, false, false, true},
-        {Manager::CreateImageGraphics(target.get()), 9, false, false, true},
+        {Manager::CreateWindowGraphics(8, 6, 32), VT_SURFACE_WINDOW, false, false, true},
+        {Manager::NewGraphics(0), VT_SURFACE_MEMORY, false, false, false},  // no image selected
+        {Manager::CreatePrintGraphics(2100, 2970, 100), VT_SURFACE_PRINTER, true, false, true},
+        {Manager::CreateVectorGraphics(dir / "a.svg", VT_VECTOR_SVG, 8, 6, true), VT_SURFACE_VECTOR, true, false,
+         false},
+        {Manager::CreateVectorGraphics(dir / "b.pdf", VT_VECTOR_PDF, 8, 6, false), VT_SURFACE_VECTOR, false, false,
+         false},
+        {Manager::CreateRecordingGraphics(8, 6, 24), VT_SURFACE_RECORDING, false, true, true},
+        {Manager::CreateNativeGradientGraphics(8, 6, 32), VT_SURFACE_NATIVE_GRADIENT, false, false, true},
+        {Manager::CreateImageGraphics(target.get()), VT_SURFACE_IMAGE, false, false, true},
     };
     Owned<VtGraphics> reader(Manager::CreateWindowGraphics(4, 4, 24));
     for (const auto& [made, kind, printing, recording, readsBack] : cases) {

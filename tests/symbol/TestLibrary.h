@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "LqStream.h"
+#include "LqTestSupport.h"
 #include "LqToolkit.h"
 #include "VtSymbol.h"
 #include "VtSymbolGroup.h"
@@ -24,16 +25,14 @@ using Codes = std::vector<std::string>;
 // "group:CODE"; each must be at level 300 and carry a line.
 inline Codes TakeLog()
 {
-    auto* log = VTC::VtLogFile::GetInstance(false);
     Codes codes;
-    for (const auto& record : log->GetRecords()) {
+    for (const auto& record : TakeLogRecords()) {
         EXPECT_EQ(record.level, 300);
         EXPECT_GT(record.line, 0);
         const bool fromLib = record.source == "Src/Symbol/VtSymbolLib";
         EXPECT_TRUE(fromLib || record.source == "Src/Symbol/VtSymbolGroup") << record.source;
         codes.push_back((fromLib ? "lib:" : "group:") + record.code);
     }
-    log->ClearRecords();
     return codes;
 }
 

@@ -46,7 +46,8 @@ int main(int argc, char** argv)
 
     std::unique_ptr<VTC::VtGraphics> window(VTC::VtGraphicsManager::CreateWindowGraphics(64, 48, 32));
     if (!window || !VTC::VtEspecialFill::GradientRectangle(window.get(), ZEDA::ZedaRect(0, 0, 64, 48),
-                                                          ZEDARGB(0, 0, 255), ZEDARGB(255, 255, 0), 0.0, 0, 0, 10, 0))
+                                                          ZEDARGB(0, 0, 255), ZEDARGB(255, 255, 0), 0.0, 0, 0,
+                                                          VTC::VT_GRADIENT_LINEAR, 0))
         return Fail("the gradient");
     std::printf("consumer: saved, loaded and drew with C++ %ld\n", static_cast<long>(__cplusplus));
     return 0;
