@@ -9,6 +9,7 @@
 #include <new>
 #include <vector>
 
+#include "VtCairoImage_p.h"
 #include "VtGraphicsLog_p.h"
 #include "VtImage_p.h"
 #include "VtObjectAccounting_p.h"
@@ -31,10 +32,6 @@ VtPalette GreyPalette()
     }
     return VtPalette(std::move(colours));
 }
-
-struct CairoSurfaceDeleter {
-    void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
-};
 
 // The pixel rows of one image, taken from and given back to the platform's
 // pixel memory, which keeps large blocks mapped for the next image.
@@ -315,21 +312,12 @@ bool VtImage::SavePng(const std::string& path) const
         kLog.Fail("GIm003");
         return false;
     }
-    std::unique_ptr<cairo_surface_t, CairoSurfaceDeleter> surface(
-        cairo_image_surface_create(CAIRO_FORMAT_RGB24, view.width, view.height));
+    const gfx::SurfacePtr surface =
+        gfx::ConvertToCairo(view, CAIRO_FORMAT_RGB24, [](uint32_t colour) { return colour | 0xFF000000u; });
     if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) {
         kLog.Fail("GIm004");
         return false;
     }
-    unsigned char* data = cairo_image_surface_get_data(surface.get());
-    const int stride = cairo_image_surface_get_stride(surface.get());
-    for (int y = 0; y < view.height; ++y) {
-        auto* row = reinterpret_cast<uint32_t*>(data + static_cast<std::ptrdiff_t>(y) * stride);
-        for (int x = 0; x < view.width; ++x) {
-            row[x] = gfx::RawToColour(view, gfx::ReadRaw(view, x, y)) | 0xFF000000u;
-        }
-    }
-    cairo_surface_mark_dirty(surface.get());
     if (cairo_surface_write_to_png(surface.get(), path.c_str()) != CAIRO_STATUS_SUCCESS) {
         kLog.Fail("GIm005");
         return false;

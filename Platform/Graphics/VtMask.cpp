@@ -11,7 +11,7 @@ MaskSurface::MaskSurface(const ZEDA::ZedaRect& area) : area_(area)
     surface_ = cairo_image_surface_create(CAIRO_FORMAT_A1, area.Width(), area.Height());
     context_ = cairo_create(surface_);
     cairo_set_antialias(context_, CAIRO_ANTIALIAS_NONE);
-    cairo_translate(context_, -area.left, -area.top);
+    cairo_translate(context_, -static_cast<double>(area.left), -static_cast<double>(area.top));
 }
 
 MaskSurface::~MaskSurface()
