@@ -61,9 +61,13 @@ SpanWriter::SpanWriter(const Pixels& pixels, uint32_t raw, const cairo_region_t*
     }
 }
 
+SpanWriter::SpanWriter(const ZedaRect& limits, RunSink& sink) : raw_(0), clip_(nullptr), limits_(limits), sink_(&sink) {}
+
 void SpanWriter::WriteClipped(int y, int x0, int x1) const
 {
-    if (clip_ != nullptr) {
+    if (sink_ != nullptr) {
+        sink_->Run(y, x0, x1);
+    } else if (clip_ != nullptr) {
         WriteThroughClip(y, x0, x1);
     } else {
         Write(y, x0, x1);

@@ -25,12 +25,21 @@ struct Pixels {
     int bpp = 32;
 };
 
+// Takes runs instead of pixels (to build regions).
+class RunSink {
+public:
+    virtual ~RunSink() = default;
+    virtual void Run(int y, int x0, int x1) = 0;
+};
+
 // Writes spans of `raw` (the stored value: 0 or 1, an index, a 5-6-5 value,
 // three bytes with byte 0 lowest, or a 32-bit word) to the pixels that lie
 // on the surface and inside the clip (null: no clip).
 class SpanWriter {
 public:
     SpanWriter(const Pixels& pixels, uint32_t raw, const cairo_region_t* clip);
+    // Hands the spans within `limits` to `sink` instead.
+    SpanWriter(const ZedaRect& limits, RunSink& sink);
 
     // The surface cut to the clip's extents: nothing outside it is written.
     const ZedaRect& Limits() const { return limits_; }
@@ -57,7 +66,7 @@ public:
 
     // 32-bit pixels without a clip of several rectangles: spans within the
     // limits may then be written with FillPlain32, without further checks.
-    bool IsPlain32() const { return clip_ == nullptr && pixels_.bpp == 32; }
+    bool IsPlain32() const { return clip_ == nullptr && sink_ == nullptr && pixels_.bpp == 32; }
     void FillPlain32(int y, int from, int to) const
     {
         // The first four pixels without a branch on the length (writing the
@@ -84,6 +93,7 @@ private:
     uint32_t raw_;
     const cairo_region_t* clip_;  // null when the clip is at most one rectangle
     ZedaRect limits_;
+    RunSink* sink_ = nullptr;
 };
 
 }  // namespace VTC::gfx::raster
