@@ -17,9 +17,6 @@ namespace VTC::gfx {
 // never passes exactly through a pixel centre and every tie is broken the
 // same way: a 1-pixel line through pixel centres covers exactly one row.
 constexpr double kEdgeBias = 1.0 / 128.0;
-// The same shift in cairo's fixed-point unit of 1/256 pixel.
-constexpr int kEdgeBias256 = 2;
-static_assert(kEdgeBias * 256 == kEdgeBias256);
 
 // An A1 surface covering `area` of device space, with a context whose user
 // space is device pixels.

@@ -6,13 +6,15 @@
 #include <numbers>
 
 #include "VtMask_p.h"
-#include "VtPolygonScan_p.h"
 #include "VtRasterShapes_p.h"
 #include "VtRegion_p.h"
 
 namespace VTC::gfx {
 
 namespace {
+
+// cairo draws what the raster core does not, shifted the same way.
+static_assert(kEdgeBias * raster::kFixedOne == raster::kEdgeShift);
 
 enum class Pass { Interior, Outline };
 
