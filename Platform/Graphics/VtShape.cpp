@@ -199,14 +199,22 @@ void PaintPass(cairo_t* cr, const ShapeOp& op, Pass pass)
     }
 }
 
-std::vector<std::pair<Pass, uint32_t>> PassesOf(const ShapeOp& op)
+// The interior, then the outline, each in its colour, where the shape has them.
+struct Passes {
+    std::array<std::pair<Pass, uint32_t>, 2> list;
+    std::size_t count = 0;
+    const std::pair<Pass, uint32_t>* begin() const { return list.data(); }
+    const std::pair<Pass, uint32_t>* end() const { return list.data() + count; }
+};
+
+Passes PassesOf(const ShapeOp& op)
 {
-    std::vector<std::pair<Pass, uint32_t>> passes;
+    Passes passes;
     if (op.fill && HasArea(op)) {
-        passes.emplace_back(Pass::Interior, *op.fill);
+        passes.list[passes.count++] = {Pass::Interior, *op.fill};
     }
     if (op.stroke && HasOutline(op)) {
-        passes.emplace_back(Pass::Outline, op.stroke->colour);
+        passes.list[passes.count++] = {Pass::Outline, op.stroke->colour};
     }
     return passes;
 }

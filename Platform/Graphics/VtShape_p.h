@@ -4,7 +4,11 @@
 
 #include <cairo.h>
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <vector>
 
@@ -14,6 +18,36 @@
 namespace VTC::gfx {
 
 using ZEDA::ZedaPoint;
+
+// The vertices of a shape: lines, triangles and squares (what the fills draw
+// by the hundred) are held inline, larger polygons on the heap.
+class ShapePoints {
+public:
+    ShapePoints() = default;
+    ShapePoints(std::initializer_list<ZedaPoint> points) { assign(points.begin(), points.end()); }
+
+    void assign(const ZedaPoint* first, const ZedaPoint* last)
+    {
+        size_ = static_cast<std::size_t>(last - first);
+        if (size_ > inline_.size()) {
+            heap_.assign(first, last);
+        } else {
+            std::copy(first, last, inline_.begin());
+        }
+    }
+    ZedaPoint* data() { return size_ > inline_.size() ? heap_.data() : inline_.data(); }
+    const ZedaPoint* data() const { return size_ > inline_.size() ? heap_.data() : inline_.data(); }
+    std::size_t size() const { return size_; }
+    ZedaPoint& operator[](std::size_t i) { return data()[i]; }
+    const ZedaPoint& operator[](std::size_t i) const { return data()[i]; }
+    const ZedaPoint* begin() const { return data(); }
+    const ZedaPoint* end() const { return data() + size_; }
+
+private:
+    std::array<ZedaPoint, 6> inline_{};
+    std::vector<ZedaPoint> heap_;
+    std::size_t size_ = 0;
+};
 
 struct StrokeStyle {
     uint32_t colour = 0;
@@ -30,7 +64,7 @@ struct ShapeOp {
     explicit ShapeOp(Kind k) : kind(k) {}
 
     Kind kind;
-    std::vector<ZedaPoint> points;  // Line: from, to. Polygon: the vertices.
+    ShapePoints points;  // Line: from, to. Polygon: the vertices.
     ZedaRect bounds;                // Rectangle, Ellipse, Arc; normalised
     ZedaPoint arcStart;
     ZedaPoint arcEnd;
