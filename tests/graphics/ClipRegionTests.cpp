@@ -1,5 +1,7 @@
 #include <malloc.h>
 
+#include <climits>
+
 #include "GraphicsTestSupport.h"
 
 namespace VTC::test {
@@ -50,6 +52,25 @@ TEST(RegionTest, PolygonsAreEvenOddReachAnyCoordinateAndIntersect)
     EXPECT_TRUE(b->CombineRegion(MakeRegion(ZedaRect(100, 100, 110, 110)).get(), b.get(), 1));
     EXPECT_TRUE(b->IsEmpty());
     EXPECT_FALSE(result->CombineRegion(nullptr, a.get(), 1));
+}
+
+TEST(RegionTest, PolygonsSpanningBillionsOfRowsAreScannedOnlyWithinTheRegionSpace)
+{
+    // A slanted band ten pixels wide from row -2e9 to row 2e9: every row a
+    // different run, so a scan of all its rows would never end. A separate
+    // ctest entry runs this with a short timeout.
+    constexpr int kReach = 1 << 20;
+    auto band = MakeRegion({{-2000000000, -2000000000}, {-1999999990, -2000000000}, {2000000010, 2000000000},
+                            {2000000000, 2000000000}});
+    EXPECT_EQ(band->GetBoundingRect(), ZedaRect(-kReach, -kReach, kReach, kReach));
+    EXPECT_EQ(Members(*band, {{-1, 0}, {0, 0}, {9, 0}, {10, 0}, {-kReach, -kReach}, {-kReach + 9, -kReach},
+                              {kReach - 1, kReach - 1}, {kReach, kReach}, {-kReach - 1, -kReach - 1}}),
+              ".##.###..");
+
+    // The whole int plane is the whole region space.
+    auto plane = MakeRegion({{INT_MIN, INT_MIN}, {INT_MAX, INT_MIN}, {INT_MAX, INT_MAX}, {INT_MIN, INT_MAX}});
+    EXPECT_EQ(plane->GetBoundingRect(), ZedaRect(-kReach, -kReach, kReach, kReach));
+    EXPECT_EQ(Members(*plane, {{0, 0}, {-kReach, kReach - 1}, {kReach, 0}}), "##.");
 }
 
 TEST(ClipTest, IntersectAndReplaceHandBackThePreviousClip)
