@@ -131,7 +131,8 @@ std::vector<std::string> ContactSheet::PagePaths(const std::string& path) const
     return paths;
 }
 
-bool ContactSheet::Save(const std::string& path, std::vector<std::string>& pages, std::string& error) const
+bool ContactSheet::Write(const std::string& path, OutputBatch& batch, std::vector<std::string>& pages,
+                         std::string& error) const
 {
     const int rows = static_cast<int>(headings_.size());
     const int perPage = RowsPerPage();
@@ -147,18 +148,17 @@ bool ContactSheet::Save(const std::string& path, std::vector<std::string>& pages
             error = "the page cannot be drawn";
             return false;
         }
-        if (!WriteFileSafely(file, bytes, error))
+        if (!batch.Add(file, bytes, error))
             return false;
         pages.push_back(file);
     }
     return true;
 }
 
-bool ContactSheet::Save(const std::string& path) const
+bool ContactSheet::Save(const std::string& path, std::vector<std::string>& pages, std::string& error) const
 {
-    std::vector<std::string> pages;
-    std::string error;
-    return Save(path, pages, error);
+    OutputBatch batch;
+    return Write(path, batch, pages, error) && batch.Commit(error);
 }
 
 }  // namespace LqTool

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "Output.h"
 #include "RasterImage.h"
 
 namespace LqTool {
@@ -18,9 +19,13 @@ public:
     void NewRow(const std::string& heading);
     // Writes the sheet to `path`; a sheet taller than one page is spread
     // over pages named after `path` with -1, -2, ... before the extension.
-    // The files written go to `pages`.
+    // The pages are replaced together or not at all. `pages` gets each page
+    // once it is written and checked, so on a failure the next one is the
+    // page that failed.
     bool Save(const std::string& path, std::vector<std::string>& pages, std::string& error) const;
-    bool Save(const std::string& path) const;
+    // The same as part of a larger piece of work: the pages join `batch`,
+    // and replace their targets when it is committed.
+    bool Write(const std::string& path, OutputBatch& batch, std::vector<std::string>& pages, std::string& error) const;
     // The files Save writes for `path`.
     std::vector<std::string> PagePaths(const std::string& path) const;
     int GetCellCount() const { return static_cast<int>(cells_.size()); }

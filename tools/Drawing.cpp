@@ -1,7 +1,12 @@
 #include "Drawing.h"
 
+#include <stdlib.h>
+#include <unistd.h>
+
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <numbers>
 
 #include "ContactSheet.h"
@@ -140,21 +145,63 @@ std::vector<ZedaPoint> MultiPolygonPoints(const ZedaRect& bounds, std::vector<in
             Lerp(bounds, 0.1, 0.95), Lerp(bounds, 0.3, 0.6), Lerp(bounds, 0.5, 0.95)};
 }
 
+// A PNG file in the temporary directory, removed with the object.
+class ScratchPng {
+public:
+    ScratchPng()
+    {
+        std::error_code error;
+        std::string pattern = (std::filesystem::temp_directory_path(error) / "lqsymbol-surface-XXXXXX.png").string();
+        const int descriptor = error ? -1 : ::mkstemps(pattern.data(), 4);
+        if (descriptor >= 0) {
+            ::close(descriptor);
+            path_ = pattern;
+        }
+    }
+    ~ScratchPng()
+    {
+        if (!path_.empty())
+            ::unlink(path_.c_str());
+    }
+    ScratchPng(const ScratchPng&) = delete;
+    ScratchPng& operator=(const ScratchPng&) = delete;
+
+    const std::string& Path() const { return path_; }
+
+private:
+    std::string path_;
+};
+
 // A surface shows colours only: the fills leave the fourth byte of 32-bit
 // pixels 0, which is not transparency on a screen or a page.
-bool SurfacePixels(VtGraphics& graphics, const std::string& scratch, LqExample::RasterImage& pixels)
+bool SurfacePixels(VtGraphics& graphics, LqExample::RasterImage& pixels)
 {
     bool read = false;
     if (const VTC::VtImage* target = graphics.GetTargetImage()) {
         read = LqExample::CopyFromImage(*target, pixels);
     } else {
-        std::string error;
-        read = graphics.SavePng(scratch) && ReadPng(scratch, pixels, error);
-        std::remove(scratch.c_str());
+        const ScratchPng scratch;
+        read = !scratch.Path().empty() && graphics.SavePng(scratch.Path()) &&
+               ReadSurfacePng(graphics, scratch.Path(), pixels);
     }
     for (unsigned int& pixel : pixels.pixels)
         pixel |= 0xFF000000u;
     return read;
+}
+
+bool IsPdfFile(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    char head[5] = {};
+    in.read(head, sizeof head);
+    return in && std::string(head, sizeof head) == "%PDF-";
+}
+
+bool ReadSurfacePng(const VtGraphics& graphics, const std::string& path, LqExample::RasterImage& pixels)
+{
+    std::string error;
+    const ZedaSize size = graphics.GetDeviceSize();
+    return ReadPng(path, pixels, error) && pixels.width == size.cx && pixels.height == size.cy;
 }
 
 ImagePtr CompatibleImage(VtGraphics& graphics, const LqExample::RasterImage& picture, unsigned int background)

@@ -49,8 +49,14 @@ void DrawCheckerboard(VTC::VtGraphics& graphics, const ZEDA::ZedaRect& bounds);
 std::vector<ZEDA::ZedaPoint> StarPoints(const ZEDA::ZedaRect& bounds);
 std::vector<ZEDA::ZedaPoint> MultiPolygonPoints(const ZEDA::ZedaRect& bounds, std::vector<int>& counts);
 
-// The surface's pixels (through a PNG file at `scratch` when it has no image).
-bool SurfacePixels(VTC::VtGraphics& graphics, const std::string& scratch, LqExample::RasterImage& pixels);
+// The surface's pixels (through a scratch PNG file in the temporary
+// directory when it has no image).
+bool SurfacePixels(VTC::VtGraphics& graphics, LqExample::RasterImage& pixels);
+
+// Checks of a surface written by SavePdf or SavePng: a PDF file, or a PNG
+// of the surface's size (its pixels read into `pixels`).
+bool IsPdfFile(const std::string& path);
+bool ReadSurfacePng(const VTC::VtGraphics& graphics, const std::string& path, LqExample::RasterImage& pixels);
 
 // An image compatible with `graphics` holding `picture`, transparent pixels
 // replaced by `background`.

@@ -181,9 +181,15 @@ int RunAddFolder(const std::string& file, const std::string& directory, int size
         return failed;
     if (edited.kind != LibraryKind::Marker)
         return Refuse(file, "pictures become markers: this is a line library");
+    // The folder is an input: one that cannot be read is a bad file, not a usage error.
     if (!fs::is_directory(directory))
-        return Refuse(directory, "is not a directory");
-    const std::vector<fs::path> files = PictureFiles(directory);
+        return Report(directory, fs::exists(directory) ? "is not a folder" : "no such folder");
+    std::vector<fs::path> files;
+    try {
+        files = PictureFiles(directory);
+    } catch (const fs::filesystem_error& error) {
+        return Report(directory, error.code().message() + ": " + error.path1().string());
+    }
     SymbolNames names(*edited.lib);
     int added = 0;
     int failed = 0;

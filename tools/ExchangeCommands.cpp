@@ -3,6 +3,7 @@
 #include <glib.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -62,7 +63,7 @@ void Require(bool condition, const std::string& message)
 std::string ReadFile(const std::string& path)
 {
     std::ifstream in(path, std::ios::binary);
-    Require(static_cast<bool>(in), "cannot be read");
+    Require(static_cast<bool>(in), "cannot read " + path);
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
@@ -115,7 +116,6 @@ RasterImage ImportPicture(const Json& entry, int id, const std::string& imageDir
         const std::string file = entry.at("file").get<std::string>();
         Require(file == PictureFileName(id), "the picture file of symbol " + std::to_string(id) + " must be " +
                                                  PictureFileName(id));
-        Require(!imageDirectory.empty(), "the pictures are files: name their directory with --images");
         bytes = ReadFile((fs::path(imageDirectory) / file).string());
     }
     RasterImage picture;
@@ -125,6 +125,18 @@ RasterImage ImportPicture(const Json& entry, int id, const std::string& imageDir
                 PixelChecksum(picture) == entry.at("crc32").get<std::string>(),
             "the picture of symbol " + std::to_string(id) + " is not the one the document describes");
     return picture;
+}
+
+// Whether any picture of the document is a file beside it rather than inside it.
+bool NamesPictureFiles(const Json& document)
+{
+    const auto symbols = document.find("symbolList");
+    if (symbols == document.end() || !symbols->is_array())
+        return false;
+    return std::any_of(symbols->begin(), symbols->end(), [](const Json& entry) {
+        const auto picture = entry.find("picture");
+        return picture != entry.end() && picture->is_object() && picture->contains("file");
+    });
 }
 
 void ImportSymbols(ResourceSymbolLib& lib, LibraryKind kind, const Json& symbols, const std::string& imageDirectory)
@@ -196,6 +208,8 @@ int RunImport(const std::string& json, const std::string& output, const std::str
     } catch (const std::exception& error) {
         return Report(json, std::string("not a library document: ") + error.what());
     }
+    if (imageDirectory.empty() && NamesPictureFiles(document))
+        return Refuse(json, "its pictures are files: name their directory with --images");
     try {
         const std::string kindName = document.at("kind").get<std::string>();
         const LibraryKind kind = kindName == "marker" ? LibraryKind::Marker

@@ -1,14 +1,12 @@
 // fill: one special fill from command-line arguments into a PNG (or PDF).
 
 #include <cstdio>
-#include <fstream>
 #include <numbers>
 
 #include "Commands.h"
 #include "Drawing.h"
 #include "LqStream.h"
 #include "Output.h"
-#include "Png.h"
 #include "VtEspecialFill.h"
 
 namespace LqTool {
@@ -63,22 +61,6 @@ bool EndsWith(const std::string& text, const std::string& suffix)
     return text.size() >= suffix.size() && text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
 }
 
-bool IsPdf(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    char head[5] = {};
-    in.read(head, sizeof head);
-    return in && std::string(head, sizeof head) == "%PDF-";
-}
-
-bool IsPngOfSize(const std::string& path, const VtGraphics& surface)
-{
-    LqExample::RasterImage picture;
-    std::string error;
-    const ZEDA::ZedaSize size = surface.GetDeviceSize();
-    return ReadPng(path, picture, error) && picture.width == size.cx && picture.height == size.cy;
-}
-
 }  // namespace
 
 int RunFill(const FillOptions& options)
@@ -108,7 +90,10 @@ int RunFill(const FillOptions& options)
     const bool written = VTC::VtFileReplacer::Replace(
         options.output,
         [&](const std::string& temporary) { return pdf ? surface->SavePdf(temporary) : surface->SavePng(temporary); },
-        [&](const std::string& temporary) { return pdf ? IsPdf(temporary) : IsPngOfSize(temporary, *surface); },
+        [&](const std::string& temporary) {
+            LqExample::RasterImage written;
+            return pdf ? IsPdfFile(temporary) : ReadSurfacePng(*surface, temporary, written);
+        },
         error);
     if (!written)
         return Report(options.output, error);

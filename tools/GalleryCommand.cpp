@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <numbers>
 
@@ -11,14 +10,12 @@
 #include "Drawing.h"
 #include "Output.h"
 #include "LqGraphics.h"
-#include "Png.h"
 #include "MarkerSymbol.h"
 #include "SymbolRenderer.h"
 #include "VtEspecialFill.h"
 
 namespace LqTool {
 
-namespace fs = std::filesystem;
 using LqExample::RasterImage;
 using VTC::VtEspecialFill;
 using VTC::VtGraphics;
@@ -64,6 +61,8 @@ std::string Label(const Variant& v, bool result)
     return text;
 }
 
+// The sheets go into one batch: a gallery that fails part way leaves the
+// one before it as it was.
 class Gallery {
 public:
     explicit Gallery(std::string directory) : directory_(std::move(directory)) {}
@@ -82,7 +81,7 @@ public:
         inner.Inflate(-bounds.Width() / 12, -bounds.Height() / 10);
         const bool result = draw(*surface, inner);
         RasterImage pixels;
-        if (!SurfacePixels(*surface, Path("cell.png"), pixels))
+        if (!SurfacePixels(*surface, pixels))
             return Fail("cannot read a surface back");
         sheet.Add(pixels, label + (label.find('\n') == std::string::npos ? (result ? ": true" : ": false") : ""));
         return true;
@@ -90,9 +89,43 @@ public:
 
     bool Save(const ContactSheet& sheet, const std::string& name)
     {
-        if (!sheet.Save(Path(name)))
-            return Fail(Path(name) + " cannot be written");
-        std::printf("  %-28s %3d cells\n", name.c_str(), sheet.GetCellCount());
+        std::vector<std::string> pages;
+        std::string error;
+        if (!sheet.Write(Path(name), batch_, pages, error))
+            return Fail(Path(name) + ": " + error);
+        char line[80];
+        std::snprintf(line, sizeof line, "  %-28s %3d cells", name.c_str(), sheet.GetCellCount());
+        written_.emplace_back(line);
+        return true;
+    }
+
+    // The printer page as PDF and PNG; the PNG's pixels go to `raster`.
+    bool SavePage(VtGraphics& page, RasterImage& raster)
+    {
+        std::string error;
+        const bool added =
+            batch_.Add(
+                Path("printer-page.pdf"), [&](const std::string& temporary) { return page.SavePdf(temporary); },
+                IsPdfFile, error) &&
+            batch_.Add(
+                Path("printer-page.png"), [&](const std::string& temporary) { return page.SavePng(temporary); },
+                [&](const std::string& temporary) { return ReadSurfacePng(page, temporary, raster); }, error);
+        if (!added)
+            return Fail("the printer page cannot be written: " + error);
+        char line[80];
+        std::snprintf(line, sizeof line, "  %-28s page of %dx%d px", "printer-page.pdf, .png", raster.width,
+                      raster.height);
+        written_.emplace_back(line);
+        return true;
+    }
+
+    bool Commit()
+    {
+        std::string error;
+        if (!batch_.Commit(error))
+            return Fail(error);
+        for (const std::string& line : written_)
+            std::printf("%s\n", line.c_str());
         return true;
     }
 
@@ -106,6 +139,8 @@ public:
 
 private:
     std::string directory_;
+    OutputBatch batch_;
+    std::vector<std::string> written_;
 };
 
 // Clips the surface to a logical rectangle for the rest of its short life.
@@ -145,7 +180,7 @@ bool GradientSheet(Gallery& gallery, SurfaceKind kind)
                                                                   Radians(v.degrees), v.offsetX, v.offsetY,
                                                                   gradient.kind, v.transparency);
             RasterImage pixels;
-            if (!SurfacePixels(*surface, gallery.Path("cell.png"), pixels))
+            if (!SurfacePixels(*surface, pixels))
                 return gallery.Fail("cannot read a surface back");
             sheet.Add(pixels, Label(v, result));
         }
@@ -186,11 +221,9 @@ bool PrinterPage(Gallery& gallery)
             cells.emplace_back(cell, std::string(gradientKinds[row].name) + ", " + Label(v, result));
         }
     }
-    if (!page->SavePdf(gallery.Path("printer-page.pdf")) || !page->SavePng(gallery.Path("printer-page.png")))
-        return gallery.Fail("the printer page cannot be written");
     RasterImage raster;
-    if (std::string error; !ReadPng(gallery.Path("printer-page.png"), raster, error))
-        return gallery.Fail("the printer page cannot be read back");
+    if (!gallery.SavePage(*page, raster))
+        return false;
     for (auto& [cell, label] : cells) {
         page->LogicalToDeviceRect(cell);
         cell.Normalize();
@@ -202,7 +235,6 @@ bool PrinterPage(Gallery& gallery)
                 crop.At(x, y) = raster.At(clipped.left + x, clipped.top + y);
         sheet.Add(crop, label);
     }
-    std::printf("  %-28s page of %dx%d px\n", "printer-page.pdf, .png", raster.width, raster.height);
     return gallery.Save(sheet, "gradients-printer.png");
 }
 
@@ -319,17 +351,15 @@ int RunGallery(const std::string& directory, bool force)
                              "transparent-fills.png", "blits.png"})
         if (const int refused = CheckOutput(directory + "/" + name, {}, force))
             return refused;
-    std::error_code error;
-    fs::create_directories(directory, error);
-    if (!fs::is_directory(directory))
-        return Report(directory, "the gallery directory cannot be made");
+    if (const int failed = MakeOutputDirectory(directory))
+        return failed;
     std::printf("gallery in %s:\n", directory.c_str());
     Gallery gallery(directory);
     for (const SurfaceKind kind : {SurfaceKind::Window32, SurfaceKind::Window24, SurfaceKind::Window16,
                                    SurfaceKind::Native})
         if (!GradientSheet(gallery, kind))
             return exitFailure;
-    if (!PrinterPage(gallery) || !TransparentFillSheet(gallery) || !BlitSheet(gallery))
+    if (!PrinterPage(gallery) || !TransparentFillSheet(gallery) || !BlitSheet(gallery) || !gallery.Commit())
         return exitFailure;
     return exitOk;
 }

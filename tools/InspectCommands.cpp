@@ -251,8 +251,8 @@ int RunExport(const std::string& path, const std::string& output, const std::str
             if (const int refused = lib->HasSymbolImage(id) ? CheckOutput(file, {path}, force) : exitOk)
                 return refused;
         }
-        std::error_code ignored;
-        std::filesystem::create_directories(imageDirectory, ignored);
+        if (const int failed = MakeOutputDirectory(imageDirectory))
+            return failed;
     }
     Json document = InfoJson(probe, *lib);
     Json symbols = Json::array();

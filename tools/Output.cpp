@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -70,6 +71,17 @@ int CheckWritable(const std::string& path)
     return IsWriteProtected(path) ? Report(path, "is write-protected") : exitOk;
 }
 
+int MakeOutputDirectory(const std::string& directory)
+{
+    std::error_code error;
+    std::filesystem::create_directories(directory, error);
+    if (std::filesystem::is_directory(directory))
+        return exitOk;
+    if (std::filesystem::exists(directory))
+        return Refuse(directory, "is not a directory");
+    return Report(directory, "the directory cannot be made: " + error.message());
+}
+
 bool WriteFileSafely(const std::string& path, const std::string& bytes, std::string& error)
 {
     return VTC::VtFileReplacer::Replace(
@@ -79,7 +91,7 @@ bool WriteFileSafely(const std::string& path, const std::string& bytes, std::str
 
 bool OutputBatch::Add(const std::string& path, const std::string& bytes, std::string& error)
 {
-    return batch_.Add(
+    return Add(
         path, [&](const std::string& temporary) { return WriteBytes(temporary, bytes); },
         [&](const std::string& temporary) { return HoldsBytes(temporary, bytes); }, error);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,11 @@ int CheckOutput(const std::string& output, const std::vector<std::string>& input
 // For edits in place: exitFailure, reported, when `path` is write-protected.
 int CheckWritable(const std::string& path);
 
+// 0 when `directory` is a directory, made if missing. Otherwise reports why:
+// exitUsage when a file that is not a directory stands in its place,
+// exitFailure when it cannot be made.
+int MakeOutputDirectory(const std::string& directory);
+
 // Writes `bytes` to a temporary sibling, reads them back, compares, renames.
 bool WriteFileSafely(const std::string& path, const std::string& bytes, std::string& error);
 
@@ -29,7 +35,14 @@ bool WriteFileSafely(const std::string& path, const std::string& bytes, std::str
 // and renames them over their targets.
 class OutputBatch {
 public:
+    // `write` and `check` get the temporary path, as VTC::VtFileReplacer's do.
+    using FileStep = std::function<bool(const std::string& temporary)>;
+
     bool Add(const std::string& path, const std::string& bytes, std::string& error);
+    bool Add(const std::string& path, const FileStep& write, const FileStep& check, std::string& error)
+    {
+        return batch_.Add(path, write, check, error);
+    }
     bool Commit(std::string& error) { return batch_.Commit(error); }
 
 private:

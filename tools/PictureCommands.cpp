@@ -111,10 +111,8 @@ int RunThumbnails(const std::string& file, const std::string& directory, int siz
     for (int i = 0; i < lib->GetSymbolCount(); ++i)
         if (const int refused = CheckOutput(ThumbnailPath(directory, lib->GetIDAt(i)), {file}, force))
             return refused;
-    std::error_code made;
-    fs::create_directories(directory, made);
-    if (!fs::is_directory(directory))
-        return Report(directory, "the directory cannot be made");
+    if (const int failed = MakeOutputDirectory(directory))
+        return failed;
     OutputBatch thumbnails;
     Progress progress("thumbnails", lib->GetSymbolCount());
     for (int i = 0; i < lib->GetSymbolCount(); ++i) {

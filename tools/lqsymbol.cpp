@@ -174,8 +174,7 @@ void AddLibraryCommands(CLI::App& app, Arguments& a, Runner& run)
     add->add_option("--outline", a.add.outline, std::string("outline colour, ") + colourHelp + " (default: the fill)")
         ->check(ColourValidator());
     add->add_option("--rotation", a.add.rotation, "degrees, counter-clockwise (default 0)");
-    add->add_option("--picture", a.add.picture, "PNG or SVG file: a marker showing this picture, alpha kept")
-        ->check(CLI::ExistingFile);
+    add->add_option("--picture", a.add.picture, "PNG or SVG file: a marker showing this picture, alpha kept");
     add->add_option("--width", a.add.width, "line width in logical units, above 0");
     add->add_option("--dashes", a.add.dashes, "dash pattern A,B,...: on and off lengths (default: solid)")
         ->delimiter(',');

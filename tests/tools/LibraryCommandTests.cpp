@@ -186,7 +186,8 @@ TEST_F(LibraryCommandTest, RefusalsLeaveTheFileAsItWas)
         {{"add", lib, "--name", "x", "--shape", "blob", "--size", "8", "--colour", "#000000"}, 2, "blob"},
         {{"add", lib, "--name", "x", "--shape", "circle", "--size", "8", "--colour", "red"}, 2, "not a colour"},
         {{"add", lib, "--name", "x", "--shape", "circle", "--size", "8", "--colour", "#12345"}, 2, "not a colour"},
-        {{"add", lib, "--name", "x", "--picture", In("missing.svg")}, 2, "missing.svg"},
+        {{"add", lib, "--name", "x", "--picture", In("missing.svg")}, 1, "No such file"},
+        {{"add", lib, "--name", "x", "--picture", lib}, 1, "Not a PNG"},
         {{"add", In("missing.lqc"), "--name", "x", "--shape", "circle", "--size", "8", "--colour", "#000000"},
          1, "no such file"},
         {{"rename", lib, "9", "x"}, 2, "has no symbol with ID 9"},
@@ -244,6 +245,15 @@ TEST_F(LibraryCommandTest, AddFolderFilesPicturesByFolderUnderFreeNames)
     EXPECT_TRUE(Picture(*loaded, 1) == Picture(*loaded, 4));
     const Outcome lines = Lq({"add-folder", In("lines.lqc"), icons});
     EXPECT_EQ(lines.code, 1) << "no such file";
+    // The folder is an input: one that is missing or is a file cannot be read.
+    const std::string bytes = ReadText(lib);
+    for (const auto& [folder, message] : {std::pair{In("nowhere"), "no such folder"},
+                                          std::pair{icons + "/a.svg", "is not a folder"}}) {
+        const Outcome unreadable = Lq({"add-folder", lib, folder});
+        EXPECT_EQ(unreadable.code, 1) << folder;
+        EXPECT_NE(unreadable.err.find(message), std::string::npos) << unreadable.err;
+        EXPECT_TRUE(ReadText(lib) == bytes);
+    }
 }
 
 TEST_F(LibraryCommandTest, MergeRenumbersRenamesAndMergesGroupsWithPictures)
@@ -323,6 +333,16 @@ TEST_F(LibraryCommandTest, ThumbnailsAreTransparentSquaresAndSheetsLabelEveryGro
     EXPECT_EQ(Alpha(road.At(10, 32)), 0u);
     EXPECT_EQ(Lq({"thumbnails", markers, "-o", In("thumbs")}).code, 2);
     EXPECT_EQ(Lq({"thumbnails", markers, "-o", In("thumbs"), "--force"}).code, 0);
+    // A file where an output folder goes is a refused output, and nothing is written.
+    for (const auto& command : {std::vector<std::string>{"thumbnails", markers, "-o", lines},
+                                std::vector<std::string>{"export", markers, "--json", "--images", lines}}) {
+        const std::string before = ReadText(lines);
+        const Outcome refused = Lq(command);
+        EXPECT_EQ(refused.code, 2) << command[0] << ": " << refused.err;
+        EXPECT_NE(refused.err.find("is not a directory"), std::string::npos) << refused.err;
+        EXPECT_EQ(refused.out, "");
+        EXPECT_TRUE(ReadText(lines) == before);
+    }
 
     EXPECT_EQ(Ok({"sheet", markers, "-o", In("sheet.png")}), In("sheet.png") + "\n");
     RasterImage sheet;
@@ -424,6 +444,9 @@ TEST_F(LibraryCommandTest, ImportRefusesDocumentsThatDoNotDescribeALibrary)
         EXPECT_EQ(run.code, 1) << c.json << ": " << run.err;
         EXPECT_NE(run.err.find(c.message), std::string::npos) << run.err;
     }
+    const Outcome withoutImages = Lq({"import", In("good.json"), "-o", In("never.lqc")});
+    EXPECT_EQ(withoutImages.code, 2) << "a usage error: " << withoutImages.err;
+    EXPECT_NE(withoutImages.err.find("--images"), std::string::npos) << withoutImages.err;
     fs::remove(In("pictures/2.png"));
     EXPECT_EQ(Lq({"import", In("good.json"), "-o", In("never.lqc"), "--images", In("pictures")}).code, 1);
     EXPECT_EQ(Lq({"import", In("good.json"), "-o", In("good.json"), "--force"}).code, 2);

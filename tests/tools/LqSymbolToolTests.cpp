@@ -164,8 +164,9 @@ TEST_F(ToolTest, GalleryWritesEverySheet)
     EXPECT_TRUE(ReadText(Work("gallery/blits.png")) == blits);
     EXPECT_EQ(Lq({"gallery", "-o", Work("gallery"), "--force"}).code, 0);
     const Outcome blocked = Lq({"gallery", "-o", Work("gallery/blits.png")});  // a file, not a directory
-    EXPECT_EQ(blocked.code, 1);
-    EXPECT_NE(blocked.err.find("cannot be made"), std::string::npos) << blocked.err;
+    EXPECT_EQ(blocked.code, 2);
+    EXPECT_NE(blocked.err.find("is not a directory"), std::string::npos) << blocked.err;
+    EXPECT_EQ(Lq({"gallery", "-o", Work("gallery/blits.png/below")}).code, 1);
 }
 
 TEST_F(ToolTest, UsageErrorsAndFills)

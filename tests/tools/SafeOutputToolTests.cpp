@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -61,6 +62,16 @@ protected:
         EXPECT_EQ(ReadText(path), bytes) << path;
         EXPECT_EQ(Listing(fs::path(path).parent_path()), listing) << path;
         EXPECT_EQ(Contents(path), contents) << path;
+    }
+
+    // A file-size limit with room for the demo markers' pictures in their
+    // cache file, not for a library file that holds them.
+    static std::string FullDisk()
+    {
+        const auto info = nlohmann::json::parse(Lq({"info", Demo("markers.lqs"), "--json"}).out);
+        const long long cacheBytes = info["cacheSection"]["scBytes"].get<long long>();
+        const long long limit = cacheBytes + (info["bytes"].get<long long>() - cacheBytes) / 2;
+        return "prlimit --fsize=" + std::to_string(limit) + " ";
     }
 
     static inline Outcome demo;
@@ -137,17 +148,54 @@ TEST_F(SafeOutputTest, FullDiskLeavesTheOldFile)
     const std::string bytes = ReadText(old);
     const std::string contents = Contents(old);
     const auto listing = Listing(Work("full"));
-    // Room for the pictures taken out of the source, not for the new file.
-    const auto info = nlohmann::json::parse(Lq({"info", Demo("markers.lqs"), "--json"}).out);
-    const long long cacheBytes = info["cacheSection"]["scBytes"].get<long long>();
-    const long long limit = cacheBytes + (info["bytes"].get<long long>() - cacheBytes) / 2;
     for (const char* form : {"container", "stream"}) {
-        const Outcome run = Lq({"convert", Demo("markers.lqs"), old, "--form", form, "--force"},
-                               "prlimit --fsize=" + std::to_string(limit) + " ");
+        const Outcome run = Lq({"convert", Demo("markers.lqs"), old, "--form", form, "--force"}, FullDisk());
         EXPECT_EQ(run.code, 1) << form << ": " << run.err;
         EXPECT_EQ(run.err.rfind("lqsymbol: " + old + ": ", 0), 0u) << run.err;
         ExpectUntouched(old, bytes, contents, listing);
     }
+}
+
+// The gallery's files replace the old ones together or not at all: with
+// room for every file but the largest, a run fails and leaves each old file
+// as it was, so no file may be written in place, however early it comes.
+TEST_F(SafeOutputTest, FullDiskLeavesTheWholeOldGallery)
+{
+    ASSERT_EQ(Lq({"gallery", "-o", Work("gallery-sizes")}).code, 0);
+    std::vector<long long> sizes;
+    for (const std::string& name : Listing(Work("gallery-sizes")))
+        sizes.push_back(static_cast<long long>(fs::file_size(Work("gallery-sizes/" + name))));
+    std::sort(sizes.begin(), sizes.end());
+    ASSERT_GE(sizes.size(), 2u);
+    ASSERT_LT(sizes[sizes.size() - 2], sizes.back()) << "no file is the largest";
+    const long long limit = (sizes[sizes.size() - 2] + sizes.back()) / 2;
+
+    fs::create_directories(Work("gallery"));
+    for (const std::string& name : Listing(Work("gallery-sizes")))
+        WriteText(Work("gallery/" + name), "the old " + name);
+    const auto listing = Listing(Work("gallery"));
+    const Outcome run =
+        Lq({"gallery", "-o", Work("gallery"), "--force"}, "prlimit --fsize=" + std::to_string(limit) + " ");
+    EXPECT_EQ(run.code, 1) << run.err;
+    EXPECT_EQ(Listing(Work("gallery")), listing);
+    for (const std::string& name : listing)
+        EXPECT_TRUE(ReadText(Work("gallery/" + name)) == "the old " + name) << name << " was written in place";
+}
+
+// The demo saves its libraries again and again to time them; each save is a
+// safe one, so a full disk leaves the library of an earlier run.
+TEST_F(SafeOutputTest, FullDiskLeavesTheDemosOldLibrary)
+{
+    const std::string old = CopyInto("demo-again", "lines.lqc", "markers.lqc");
+    const std::string bytes = ReadText(old);
+    const std::string contents = Contents(old);
+    const auto listing = Listing(Work("demo-again"));
+    const Outcome run = Lq({"demo", "-d", Work("demo-again"), "--count", "1500", "--repeat", "2", "--no-gallery",
+                            "--force"},
+                           FullDisk());
+    EXPECT_EQ(run.code, 1) << run.err;
+    EXPECT_EQ(run.err.rfind("lqsymbol: " + old + ": cannot be saved", 0), 0u) << run.err;
+    ExpectUntouched(old, bytes, contents, listing);
 }
 
 TEST_F(SafeOutputTest, ReadOnlyDirectoryLeavesTheOldFile)
