@@ -94,18 +94,19 @@ std::vector<ZedaPoint> Place(const std::vector<Vertex>& vertices, double radius,
     return points;
 }
 
-// A 32-bit image with a graphics drawing on it, pen and brush selected.
+// A 32-bit image, transparent at first, with a graphics drawing on it in
+// one colour, the pen's or the brush's style chosen by the caller.
 class Canvas {
 public:
-    Canvas(int width, int height, unsigned int fill, unsigned int outline, double penWidth)
+    Canvas(int width, int height, int penStyle, int brushStyle, double penWidth)
         : image_(VtGraphicsManager::NewImage(0)), pen_(VtGraphicsManager::NewPen(0)),
           brush_(VtGraphicsManager::NewBrush(0))
     {
         if (!image_ || !pen_ || !brush_ || !image_->CreateImage(width, height, 1, 32, nullptr, nullptr))
             return;
         graphics_.reset(VtGraphicsManager::CreateImageGraphics(image_.get()));
-        if (!graphics_ || !pen_->CreatePen(VTC::VT_PEN_SOLID, outline, 0, 0, penWidth) ||
-            !brush_->CreateBrush(VTC::VT_BRUSH_SOLID, fill, 100, 0, ZedaSize(0, 0), 0)) {
+        if (!graphics_ || !pen_->CreatePen(penStyle, opaqueWhite, 0, 0, penWidth) ||
+            !brush_->CreateBrush(brushStyle, opaqueWhite, 100, 0, ZedaSize(0, 0), 0)) {
             graphics_.reset();
             return;
         }
@@ -123,14 +124,30 @@ public:
     Canvas& operator=(const Canvas&) = delete;
 
     VtGraphics* Graphics() { return graphics_.get(); }
-    // Ends the drawing and hands out the pixels.
-    bool Finish(RasterImage& image)
+    // Ends the drawing and hands out the pixels: the drawing in `colour`,
+    // its alpha the colour's alpha scaled by how much of each pixel the
+    // drawing covers. The surface draws opaque colours only, so the alpha of
+    // an #AARRGGBB colour is applied here.
+    bool Finish(unsigned int colour, RasterImage& image)
     {
         graphics_.reset();
-        return CopyFromImage(*image_, image);
+        RasterImage coverage;
+        if (!CopyFromImage(*image_, coverage))
+            return false;
+        for (unsigned int& pixel : coverage.pixels)
+            pixel = WithAlpha(colour, ZEDAALPHAVAL(pixel) * ZEDAALPHAVAL(colour) / 255);
+        image = std::move(coverage);
+        return true;
     }
 
 private:
+    static constexpr unsigned int opaqueWhite = ZEDARGB(255, 255, 255);
+
+    static unsigned int WithAlpha(unsigned int colour, unsigned int alpha)
+    {
+        return alpha == 0 ? 0u : ZEDARGBA(ZEDAREDVAL(colour), ZEDAGREENVAL(colour), ZEDABLUEVAL(colour), alpha);
+    }
+
     std::unique_ptr<VtImage> image_;
     std::unique_ptr<VtPen> pen_;
     std::unique_ptr<VtBrush> brush_;
@@ -139,6 +156,37 @@ private:
     VtBrush* previousBrush_ = nullptr;
 };
 
+// `top` over `bottom`, both with straight alpha, into `bottom`.
+void Over(const RasterImage& top, RasterImage& bottom)
+{
+    for (std::size_t i = 0; i < bottom.pixels.size(); ++i) {
+        const unsigned int upper = top.pixels[i];
+        const unsigned int lower = bottom.pixels[i];
+        const unsigned int a = ZEDAALPHAVAL(upper);
+        const unsigned int b = ZEDAALPHAVAL(lower) * (255 - a) / 255;
+        const unsigned int alpha = a + b;
+        if (alpha == 0)
+            continue;
+        const auto mix = [&](unsigned int u, unsigned int l) {
+            return static_cast<unsigned char>((u * a + l * b + alpha / 2) / alpha);
+        };
+        bottom.pixels[i] = ZEDARGBA(mix(ZEDAREDVAL(upper), ZEDAREDVAL(lower)),
+                                    mix(ZEDAGREENVAL(upper), ZEDAGREENVAL(lower)),
+                                    mix(ZEDABLUEVAL(upper), ZEDABLUEVAL(lower)), alpha);
+    }
+}
+
+// Draws the marker's shape on a canvas of `side` pixels.
+void DrawShape(const MarkerSymbol& marker, int side, VtGraphics& graphics)
+{
+    if (marker.shape == MarkerShape::Circle) {
+        graphics.DrawEllipse(ZedaRect(1, 1, side - 1, side - 1));
+        return;
+    }
+    const std::vector<ZedaPoint> points = Place(Outline(marker.shape), marker.size / 2.0, marker.rotation, side / 2.0);
+    graphics.DrawPolygon(points.data(), static_cast<int>(points.size()));
+}
+
 }  // namespace
 
 bool RenderMarker(const MarkerSymbol& marker, RasterImage& image)
@@ -146,19 +194,20 @@ bool RenderMarker(const MarkerSymbol& marker, RasterImage& image)
     if (marker.size < 1 || marker.size > MarkerSymbol::maxSize)
         return false;
     const int side = marker.size + 2;
-    Canvas canvas(side, side, marker.colour, marker.outlineColour, 1.0);
-    VtGraphics* graphics = canvas.Graphics();
-    if (!graphics)
+    // Fill and outline drawn apart, each in its own colour and alpha, then the outline over the fill.
+    Canvas fill(side, side, VTC::VT_PEN_NULL, VTC::VT_BRUSH_SOLID, 1.0);
+    Canvas outline(side, side, VTC::VT_PEN_SOLID, VTC::VT_BRUSH_NULL, 1.0);
+    if (!fill.Graphics() || !outline.Graphics())
         return false;
-    const double centre = side / 2.0;
-    const double radius = marker.size / 2.0;
-    if (marker.shape == MarkerShape::Circle) {
-        graphics->DrawEllipse(ZedaRect(1, 1, side - 1, side - 1));
-    } else {
-        const std::vector<ZedaPoint> points = Place(Outline(marker.shape), radius, marker.rotation, centre);
-        graphics->DrawPolygon(points.data(), static_cast<int>(points.size()));
-    }
-    return canvas.Finish(image);
+    DrawShape(marker, side, *fill.Graphics());
+    DrawShape(marker, side, *outline.Graphics());
+    RasterImage filled;
+    RasterImage outlined;
+    if (!fill.Finish(marker.colour, filled) || !outline.Finish(marker.outlineColour, outlined))
+        return false;
+    Over(outlined, filled);
+    image = std::move(filled);
+    return true;
 }
 
 bool RenderLineSample(const LineSymbol& line, int length, RasterImage& image)
@@ -167,7 +216,7 @@ bool RenderLineSample(const LineSymbol& line, int length, RasterImage& image)
     const int height = thickness + 4;
     if (length < 1 || length > ResourceCache::maxImageSide)
         return false;
-    Canvas canvas(length, height, line.colour, line.colour, 0.0);
+    Canvas canvas(length, height, VTC::VT_PEN_SOLID, VTC::VT_BRUSH_SOLID, 0.0);
     VtGraphics* graphics = canvas.Graphics();
     if (!graphics)
         return false;
@@ -179,7 +228,7 @@ bool RenderLineSample(const LineSymbol& line, int length, RasterImage& image)
             graphics->DrawRectangle(ZedaRect(x, top, std::min(x + pattern[i], length), top + thickness));
         on = !on;
     }
-    return canvas.Finish(image);
+    return canvas.Finish(line.colour, image);
 }
 
 bool CopyFromImage(const VtImage& source, RasterImage& image)
