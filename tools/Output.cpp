@@ -9,6 +9,7 @@
 
 #include "Commands.h"
 #include "LibraryFile.h"
+#include "Progress.h"
 #include "VtSafeSave.h"
 
 namespace LqTool {
@@ -99,7 +100,9 @@ bool OutputBatch::Add(const std::string& path, const std::string& bytes, std::st
 bool SaveLibrarySafely(LqExample::ResourceSymbolLib& lib, const std::string& path, unsigned int fileVersion,
                        std::string& error)
 {
+    StageProgress progress("save " + path, "writing");
     const auto sameAsSaved = [&](const ZEDA::ZedaUnicodeString& written) {
+        progress.Stage("checking");
         std::string reason;
         const auto reloaded = OpenLibrary(written.ToUtf8(), reason);
         return reloaded && CompareLibraries(lib, *reloaded).empty();
