@@ -112,6 +112,13 @@ void AddOutputOptions(CLI::App* command, Arguments& a, bool withForm)
     command->add_flag("--force", a.outputOptions.force, "replace outputs that exist");
 }
 
+// -o OUTPUT, refused where a file is unless --force is given.
+void AddRequiredOutput(CLI::App* command, Arguments& a, const char* what, bool withForm)
+{
+    command->add_option("-o,--output", a.output, what)->required();
+    AddOutputOptions(command, a, withForm);
+}
+
 void AddInspectCommands(CLI::App& app, Arguments& a, Runner& run)
 {
     AddFileOption(Command(app, run, "tree", "print the group tree of a library file", [&] { return RunTree(a.file); }),
@@ -146,9 +153,8 @@ void AddInspectCommands(CLI::App& app, Arguments& a, Runner& run)
     auto* importer = Command(app, run, "import", "make the library a JSON export describes",
                              [&] { return RunImport(a.file, a.output, a.imageDirectory, a.outputOptions); });
     AddFileOption(importer, a, "JSON", "JSON file written by export");
-    importer->add_option("-o,--output", a.output, "library file to write")->required();
+    AddRequiredOutput(importer, a, "library file to write", true);
     importer->add_option("--images", a.imageDirectory, "directory of the <ID>.png files the export wrote");
-    AddOutputOptions(importer, a, true);
 }
 
 void AddLibraryCommands(CLI::App& app, Arguments& a, Runner& run)
@@ -221,8 +227,7 @@ void AddLibraryCommands(CLI::App& app, Arguments& a, Runner& run)
                           [&] { return RunMerge(a.file, a.others, a.output, a.outputOptions); });
     AddFileOption(merge, a);
     merge->add_option("OTHER", a.others, "libraries to add (either form)")->required();
-    merge->add_option("-o,--output", a.output, "library file to write")->required();
-    AddOutputOptions(merge, a, true);
+    AddRequiredOutput(merge, a, "library file to write", true);
 }
 
 void AddPictureCommands(CLI::App& app, Arguments& a, Runner& run)
@@ -232,19 +237,17 @@ void AddPictureCommands(CLI::App& app, Arguments& a, Runner& run)
                                "sample stroke",
                                [&] { return RunThumbnails(a.file, a.output, a.size, a.outputOptions.force); });
     AddFileOption(thumbnails, a);
-    thumbnails->add_option("-o,--output", a.output, "directory for the thumbnails")->required();
+    AddRequiredOutput(thumbnails, a, "directory for the thumbnails", false);
     thumbnails->add_option("--size", a.size, "side of each thumbnail in pixels; larger pictures are scaled down")
         ->check(CLI::Range(8, 1024))
         ->default_val(defaultThumbnailSize);
-    AddOutputOptions(thumbnails, a, false);
 
     auto* sheet = Command(app, run, "sheet",
                           "draw a labelled contact sheet grouped by group; large libraries spread over OUT-1.png, "
                           "OUT-2.png, ...",
                           [&] { return RunSheet(a.file, a.output, a.outputOptions.force); });
     AddFileOption(sheet, a);
-    sheet->add_option("-o,--output", a.output, "PNG file")->required();
-    AddOutputOptions(sheet, a, false);
+    AddRequiredOutput(sheet, a, "PNG file", false);
 }
 
 void AddDemoCommands(CLI::App& app, Arguments& a, Runner& run)
@@ -261,16 +264,17 @@ void AddDemoCommands(CLI::App& app, Arguments& a, Runner& run)
 
     auto* gallery = Command(app, run, "gallery", "draw contact sheets of the special fills",
                             [&] { return RunGallery(a.output, a.outputOptions.force); });
-    gallery->add_option("-o,--output", a.output, "directory for the sheets")->required();
-    AddOutputOptions(gallery, a, false);
+    AddRequiredOutput(gallery, a, "directory for the sheets", false);
 
     FillOptions& fill = a.fill;
     auto* command = Command(app, run, "fill", "draw one fill into a PNG (or a PDF from the printer surface)", [&] {
+        a.fill.output = a.output;
+        a.fill.force = a.outputOptions.force;
         a.fill.colour1 = Colour(a.colour1);
         a.fill.colour2 = Colour(a.colour2);
         return RunFill(a.fill);
     });
-    command->add_option("-o,--output", fill.output, "PNG or PDF file")->required();
+    AddRequiredOutput(command, a, "PNG or PDF file", false);
     command->add_option("--kind", fill.kind, "linear, radial, conical, square, plain or transparent")
         ->check(CLI::IsMember({"linear", "radial", "conical", "square", "plain", "transparent"}));
     command->add_option("--shape", fill.shape, "rectangle, polygon or multipolygon")
@@ -290,7 +294,6 @@ void AddDemoCommands(CLI::App& app, Arguments& a, Runner& run)
         ->check(CLI::Range(0, 100));
     command->add_option("--width", fill.width, "surface width in pixels")->check(CLI::Range(8, 8000));
     command->add_option("--height", fill.height, "surface height in pixels")->check(CLI::Range(8, 8000));
-    command->add_flag("--force", fill.force, "replace the output if it exists");
 }
 
 }  // namespace
