@@ -51,7 +51,11 @@ bool Shows(const RasterImage& picture, unsigned int colour)
 class MarkerPictureTest : public PerTestWorkspace {
 protected:
     static void SetUpTestSuite() { MakeRoot("lq-marker-pictures-"); }
-    static void TearDownTestSuite() { RemoveRoot(); }
+    static void TearDownTestSuite()
+    {
+        RemoveRoot();
+        LqTool::ReleaseTextCaches();  // the sheet's labels filled them
+    }
 
     // The picture drawn on a white contact sheet, read back.
     RasterImage OnWhite(const RasterImage& picture) const
