@@ -27,17 +27,11 @@ void ResetOutput()
         lqfuzz::Finding("the output file cannot be reset");
 }
 
-long long FileBytes(const std::string& path)
-{
-    struct stat info {};
-    return stat(path.c_str(), &info) == 0 ? info.st_size : 0;
-}
-
 long long DirectoryBytes(const std::string& path)
 {
     long long total = 0;
     for (const std::string& name : lqfuzz::ListDirectory(path)) {
-        total += FileBytes(path + "/" + name);
+        total += lqfuzz::FileBytes(path + "/" + name);
         unlink((path + "/" + name).c_str());
     }
     return total;
@@ -70,7 +64,7 @@ long long RunCommand(std::uint8_t selector, const std::string& input)
     case 4: LqTool::RunConvert(input, written, "container", 20050302, true); break;
     default: LqTool::RunConvert(input, written, "stream", 20050302, true); break;
     }
-    const long long bytes = OutputBytes() + FileBytes(written) + DirectoryBytes(pictures);
+    const long long bytes = OutputBytes() + lqfuzz::FileBytes(written) + DirectoryBytes(pictures);
     unlink(written.c_str());
     for (const char* side : {"-journal", "-wal", "-shm"})
         unlink((written + side).c_str());

@@ -14,7 +14,10 @@ shift 2
 cmake --preset asan >/dev/null
 cmake --build --preset asan --target "fuzz_$target" lq_fuzz_seeds >/dev/null
 build=build/asan/fuzz
-rm -rf "$build/seeds" && env -u TMPDIR "$build/lq_fuzz_seeds" "$build/seeds"
+# Seeds of its own: two runs side by side must not remake each other's.
+seeds=$(mktemp -d "$build/seeds-$target.XXXXXX")
+trap 'rm -rf "$seeds"' EXIT
+env -u TMPDIR "$build/lq_fuzz_seeds" "$seeds"
 mapfile -t options < <(tr ';' '\n' <"$build/$target.options")
 corpus=$build/corpus/$target
 findings=$build/findings/long
@@ -23,7 +26,7 @@ mkdir -p "$corpus" "$findings" "$(dirname "$log")"
 
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 status=0
-LQ_FUZZ_CORPUS=$corpus nice -n 19 fuzz/run-harness.sh "$build/fuzz_$target" "$target" "$build/seeds/$target" \
+LQ_FUZZ_CORPUS=$corpus nice -n 19 fuzz/run-harness.sh "$build/fuzz_$target" "$target" "$seeds/$target" \
   "fuzz/regressions/$target" fuzz/lq.dict "$findings" fuzz "$seconds" "${options[@]}" "$@" >"$log" 2>&1 || status=$?
 
 shopt -s nullglob
@@ -35,4 +38,6 @@ done
 grep -E '^#[0-9]+ +DONE' "$log" | tail -1 || true
 grep -E 'stat::number_of_executed_units|stat::peak_rss_mb' "$log" || true
 echo "corpus: $(find "$corpus" -type f | wc -l) inputs; log: $log"
+# At the lowest priority a run gets what the machine leaves: its processor time tells.
+echo "processor time (user, system): $(times | tail -1)"
 exit "$status"
