@@ -1,6 +1,7 @@
 // Symbol libraries at scale: the registry and group operations over n
-// symbols filed in a fixed tree of 100 groups, and saving and loading a
-// library of 100,000 markers in both file forms.
+// symbols filed in a fixed tree of 100 groups, saving and loading a library
+// of 100,000 markers in both file forms, and appending a stream of 20,000
+// groups beside loading it.
 //
 // The log keeps every record the operations write (one "EDd003" for each
 // group searched without the ID), as it does in use.
@@ -12,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "LqStream.h"
 #include "LqToolkit.h"
 #include "MarkerSymbolLib.h"
 #include "VtSymbolGroup.h"
@@ -192,6 +194,76 @@ void BM_LoadMarkers(benchmark::State& state)
     std::filesystem::remove(path);
 }
 
+constexpr int streamGroups = 20000;
+enum GroupShape { deepChains, flatSiblings };
+enum AppendHost { emptyHost, sameLibraryHost };
+
+// 20,000 groups, a marker in each: 20 chains 1,000 deep, or all under the root.
+std::vector<unsigned char> GroupStream(GroupShape shape)
+{
+    MarkerSymbolLib lib;
+    constexpr int depth = 1000;
+    VtSymbolGroup* group = nullptr;
+    for (int i = 0; i < streamGroups; ++i) {
+        const ZedaUnicodeString name = ZedaUnicodeString::FromUtf8("g" + std::to_string(i));
+        const bool chainStarts = shape == flatSiblings || i % depth == 0;
+        group = (chainStarts ? lib.GetRootGroup() : group)->CreateChildGroup(name);
+        lib.AddSymbol(NewMarker(i), group);
+    }
+    VTC::VtMemoryStream stream;
+    stream.Open(VTC::VT_STREAM_WRITE);
+    lib.SaveToStream(stream, streamForm, 1);
+    return std::vector<unsigned char>(stream.GetData(), stream.GetData() + stream.GetLength());
+}
+
+// Appended into an empty library, or into one that holds the same groups and
+// IDs already (every group matched by name, every symbol given a new ID).
+void BM_AppendGroupStream(benchmark::State& state)
+{
+    const std::vector<unsigned char> bytes = GroupStream(static_cast<GroupShape>(state.range(0)));
+    const auto host = static_cast<AppendHost>(state.range(1));
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto lib = std::make_unique<MarkerSymbolLib>();
+        if (host == sameLibraryHost) {
+            VTC::VtMemoryStream first;
+            first.Open(bytes.data(), static_cast<long long>(bytes.size()));
+            lib->LoadFromStream(first, 1);
+        }
+        VTC::VtLogFile::GetInstance(false)->ClearRecords();
+        VTC::VtMemoryStream stream;
+        stream.Open(bytes.data(), static_cast<long long>(bytes.size()));
+        state.ResumeTiming();
+        if (lib->AppendFromStream(stream, 1) != 1 ||
+            lib->GetSymbolCount() != (host == sameLibraryHost ? 2 : 1) * streamGroups)
+            state.SkipWithError("append failed");
+        state.PauseTiming();
+        lib.reset();
+        state.ResumeTiming();
+    }
+    state.counters["stream_bytes"] = static_cast<double>(bytes.size());
+}
+
+// The peer: the same stream loaded into an empty library.
+void BM_LoadGroupStream(benchmark::State& state)
+{
+    const std::vector<unsigned char> bytes = GroupStream(static_cast<GroupShape>(state.range(0)));
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto lib = std::make_unique<MarkerSymbolLib>();
+        VTC::VtMemoryStream stream;
+        stream.Open(bytes.data(), static_cast<long long>(bytes.size()));
+        VTC::VtLogFile::GetInstance(false)->ClearRecords();
+        state.ResumeTiming();
+        if (lib->LoadFromStream(stream, 1) != 1 || lib->GetSymbolCount() != streamGroups)
+            state.SkipWithError("load failed");
+        state.PauseTiming();
+        lib.reset();
+        state.ResumeTiming();
+    }
+    state.counters["stream_bytes"] = static_cast<double>(bytes.size());
+}
+
 void SymbolCounts(benchmark::internal::Benchmark* benchmark)
 {
     for (const int n : {10000, 20000, 40000, 100000})
@@ -206,6 +278,11 @@ BENCHMARK(BM_MoveSymbols)->Apply(SymbolCounts);
 BENCHMARK(BM_RemoveSymbols)->Apply(SymbolCounts);
 BENCHMARK(BM_SaveMarkers)->Arg(streamForm)->Arg(MarkerSymbolLib::containerVersion)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_LoadMarkers)->Arg(streamForm)->Arg(MarkerSymbolLib::containerVersion)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_AppendGroupStream)
+    ->ArgsProduct({{deepChains, flatSiblings}, {emptyHost, sameLibraryHost}})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK(BM_LoadGroupStream)->Arg(deepChains)->Arg(flatSiblings)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 }  // namespace
 
