@@ -15,6 +15,11 @@ void CopyRows(const RasterView& target, const RasterView& source, const ZedaRect
     const int bytesPerPixel = target.format.bpp / 8;
     const auto length = static_cast<std::size_t>(r.Width()) * static_cast<std::size_t>(bytesPerPixel);
     raster::RowCopier copier(length * static_cast<std::size_t>(r.Height()));
+    if (r.left - dx == 0 && static_cast<int>(length) == target.stride && target.stride == source.stride) {
+        // Whole rows of both, one after another: one copy.
+        copier.Copy(target.Row(r.top), source.Row(r.top - dy), length * static_cast<std::size_t>(r.Height()));
+        return;
+    }
     for (int y = r.top; y < r.bottom; ++y) {
         copier.Copy(target.Row(y) + static_cast<std::ptrdiff_t>(r.left) * bytesPerPixel,
                     source.Row(y - dy) + static_cast<std::ptrdiff_t>(r.left - dx) * bytesPerPixel, length);

@@ -18,6 +18,16 @@ std::array<int, VT_FAULT_KIND_COUNT> g_faultCountdown = [] {
     countdown.fill(-1);
     return countdown;
 }();
+// How many kinds have a fault armed, so that the factories' question costs
+// one load while none is (as in every run but the fault tests').
+std::atomic<int> g_armedKinds{0};
+
+void SetCountdown(std::size_t kind, int value)
+{
+    int& countdown = g_faultCountdown[kind];
+    g_armedKinds.fetch_add((value >= 0 ? 1 : 0) - (countdown >= 0 ? 1 : 0), std::memory_order_release);
+    countdown = value;
+}
 
 }  // namespace
 
@@ -28,13 +38,15 @@ int LiveObjectCount() { return g_liveObjects.load(); }
 void ArmFault(VtFaultKind kind, int skip)
 {
     const std::lock_guard lock(g_faultMutex);
-    g_faultCountdown[static_cast<std::size_t>(kind)] = skip;
+    SetCountdown(static_cast<std::size_t>(kind), skip);
 }
 
 void DisarmFaults()
 {
     const std::lock_guard lock(g_faultMutex);
-    g_faultCountdown.fill(-1);
+    for (std::size_t kind = 0; kind < g_faultCountdown.size(); ++kind) {
+        SetCountdown(kind, -1);
+    }
 }
 
 bool IsFaultArmed(VtFaultKind kind)
@@ -48,15 +60,17 @@ bool IsFaultArmed(VtFaultKind kind)
 
 bool TakeFault(VtFaultKind kind)
 {
-    if (kind < 0 || kind >= VT_FAULT_KIND_COUNT) {
+    if (kind < 0 || kind >= VT_FAULT_KIND_COUNT || g_armedKinds.load(std::memory_order_acquire) == 0) {
         return false;
     }
     const std::lock_guard lock(g_faultMutex);
-    int& countdown = g_faultCountdown[static_cast<std::size_t>(kind)];
+    const auto index = static_cast<std::size_t>(kind);
+    const int countdown = g_faultCountdown[index];
     if (countdown < 0) {
         return false;
     }
-    return countdown-- == 0;
+    SetCountdown(index, countdown - 1);
+    return countdown == 0;
 }
 
 }  // namespace VTC::gfx

@@ -6,11 +6,11 @@
 
 namespace VTC {
 
-// Bytes for pixel rows, recycled by the graphics platform: blocks of 64 KiB
-// and more stay mapped when freed and are handed to the next buffer or image
-// of about their size, so that repeated calls fault nothing in, whatever
-// thresholds the C library's allocator works with. The bytes are not
-// initialised unless asked.
+// Bytes for pixel rows, recycled by the graphics platform: blocks stay with
+// it when freed (those of 64 KiB and more mapped) and are handed to the next
+// buffer or image of about their size, so that repeated calls fault nothing
+// in and churn no heap, whatever thresholds the C library's allocator works
+// with. The bytes are not initialised unless asked.
 class LQ_EXPORT VtPixelBuffer {
 public:
     VtPixelBuffer() = default;

@@ -29,6 +29,17 @@ void ForEachVisibleRect(ZEDA::ZedaRect box, const ZEDA::ZedaRect& bounds, const 
     if (!box.Intersection(bounds)) {
         return;
     }
+    // Without a clip of several rectangles no region needs to be made.
+    if (clip == nullptr || cairo_region_num_rectangles(clip) <= 1) {
+        if (clip != nullptr) {
+            const ZEDA::ZedaRect only = RegionExtents(clip);
+            if (!box.Intersection(only)) {
+                return;
+            }
+        }
+        visit(box);
+        return;
+    }
     RegionPtr visible = MakeRegion(box);
     if (clip != nullptr) {
         cairo_region_intersect(visible.get(), clip);

@@ -452,10 +452,14 @@ void FillArea(unsigned char* pixels, const VtImageInfo& info, unsigned int colou
         } else if (!wide && redFirst) {
             pixel[0] = red, pixel[2] = blue;
         }
-        const ConstantBlend blend(pixel, pixelBytes, t, wide ? ColourBytesMask32() : 0xFFFFFFFFu);
         // Every pixel that starts before rowBytes - 2, row padding included.
         const std::size_t perRow =
             stride > 2 ? std::min(stride, (stride - 2 + pixelBytes - 1) / pixelBytes * pixelBytes) : 0;
+        const ConstantBlend blend(pixel, pixelBytes, t, wide ? ColourBytesMask32() : 0xFFFFFFFFu, perRow);
+        if (perRow == stride) {
+            blend.Apply(pixels, rows * stride);  // rows of whole pixels follow each other
+            return;
+        }
         for (std::size_t row = 0; row < rows; ++row)
             blend.Apply(pixels + row * stride, perRow);
     } else if (info.bitsPerPixel == 16) {

@@ -138,6 +138,36 @@ TEST(BlendKernels, EveryPathMatchesTheFormulaAndForcesTheFourthByte)
         }
 }
 
+TEST(BlendKernels, ConstantColourMatchesTheFormulaAtEveryLengthAndPatternSpan)
+{
+    const std::uint32_t keep = detail::ColourBytesMask32();
+    unsigned char keepBytes[4];
+    std::memcpy(keepBytes, &keep, 4);
+    const unsigned char colour[4] = {250, 7, 128, 99};
+    constexpr std::size_t kLongest = 3 * detail::ConstantBlend::kPatternBytes + 300;
+    Bytes original(kLongest);
+    for (std::size_t i = 0; i < kLongest; ++i)
+        original[i] = static_cast<unsigned char>(i * 13 + (i >> 7));
+    for (const std::size_t pixelBytes : {3u, 4u})
+        for (const std::size_t span : {std::size_t{0}, std::size_t{5}, std::size_t{96}, std::size_t{97},
+                                       std::size_t{2000}, detail::ConstantBlend::kPatternBytes, kLongest})
+            for (const std::size_t pixels : {std::size_t{1}, std::size_t{31}, std::size_t{64}, std::size_t{1025},
+                                             kLongest / pixelBytes})
+                for (const int t : {1, 40, 99}) {
+                    const std::uint32_t mask = pixelBytes == 4 ? keep : 0xFFFFFFFFu;
+                    const detail::ConstantBlend blend(colour, pixelBytes, static_cast<unsigned>(t), mask, span);
+                    Bytes target = original;
+                    const std::size_t count = pixels * pixelBytes;
+                    blend.Apply(target.data(), count);
+                    for (std::size_t i = 0; i < kLongest; ++i) {
+                        const unsigned char blended = Blend(colour[i % pixelBytes], original[i], t);
+                        const unsigned char expected =
+                            i >= count ? original[i] : (pixelBytes == 4 ? blended & keepBytes[i % 4] : blended);
+                        ASSERT_EQ(target[i], expected) << pixelBytes << ' ' << span << ' ' << pixels << ' ' << i;
+                    }
+                }
+}
+
 TEST(BlendKernels, SixteenBitFieldsBlendSeparately)
 {
     constexpr std::size_t kPixels = 65536;

@@ -372,7 +372,7 @@ long MinorFaults()
     return usage.ru_minflt;
 }
 
-TEST(PixelBuffer, LargeBlocksComeBackMappedAndAreZeroedOnlyWhenUsed)
+TEST(PixelBuffer, BlocksComeBackMappedAndAreZeroedOnlyWhenUsed)
 {
     constexpr std::size_t kBytes = std::size_t{8} << 20;
     unsigned char* first = nullptr;
@@ -401,6 +401,16 @@ TEST(PixelBuffer, LargeBlocksComeBackMappedAndAreZeroedOnlyWhenUsed)
     // Small blocks come from the allocator and are zeroed as asked too.
     VTC::VtPixelBuffer tiny(100, true);
     EXPECT_TRUE(tiny && std::all_of(tiny.Data(), tiny.Data() + 100, [](unsigned char b) { return b == 0; }));
+    // They are kept as well: the next one of about their size is the same
+    // block, a much smaller one is not cut from it, and asked zeroed it is.
+    unsigned char* const tinyBlock = tiny.Data();
+    std::memset(tinyBlock, 0x55, 100);
+    tiny = VTC::VtPixelBuffer();
+    VTC::VtPixelBuffer tinier(40, false);
+    EXPECT_NE(tinier.Data(), tinyBlock);
+    VTC::VtPixelBuffer tinyAgain(90, true);
+    ASSERT_EQ(tinyAgain.Data(), tinyBlock);
+    EXPECT_TRUE(std::all_of(tinyAgain.Data(), tinyAgain.Data() + 90, [](unsigned char b) { return b == 0; }));
 }
 
 TEST(PixelCopy, LargeCopiesStreamEveryByteWhateverTheAlignment)

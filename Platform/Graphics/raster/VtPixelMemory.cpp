@@ -2,6 +2,8 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <iterator>
 #include <mutex>
@@ -18,13 +20,24 @@ struct Block {
 
 std::size_t RoundedUp(std::size_t size) { return (size + PixelMemory::kSmallest - 1) / PixelMemory::kSmallest * PixelMemory::kSmallest; }
 
+void Unmap(const Block& block) { munmap(block.data, block.capacity); }
+void Free(const Block& block) { std::free(block.data); }
+
 // Never destroyed, so that images in static storage can still give their
 // blocks back at exit.
 class Keeper {
 public:
-    static Keeper& Instance()
+    // Mapped blocks.
+    static Keeper& Large()
     {
-        static auto* keeper = new Keeper();
+        static auto* keeper = new Keeper(PixelMemory::kKeptBlocks, PixelMemory::kKeptBytes, Unmap);
+        return *keeper;
+    }
+    // The allocator's blocks below kSmallest: a call's small images and
+    // buffers come back to it without the allocator's bookkeeping.
+    static Keeper& Small()
+    {
+        static auto* keeper = new Keeper(PixelMemory::kKeptSmallBlocks, PixelMemory::kSmallest * PixelMemory::kKeptSmallBlocks, Free);
         return *keeper;
     }
 
@@ -46,26 +59,35 @@ public:
 
     void Keep(const Block& block)
     {
-        std::vector<Block> released;
+        std::array<Block, 2> released{};
+        std::size_t count = 0;
         {
             const std::lock_guard lock(mutex_);
             kept_.push_back(block);
             keptBytes_ += block.capacity;
-            // The oldest go first when too many or too much is kept.
-            while (kept_.size() > PixelMemory::kKeptBlocks || keptBytes_ > PixelMemory::kKeptBytes) {
-                released.push_back(kept_.front());
+            // The oldest go first when too many or too much is kept; the new
+            // block alone is at most the limit, so at most two go.
+            while (kept_.size() > maxBlocks_ || keptBytes_ > maxBytes_) {
+                released[count++] = kept_.front();
                 keptBytes_ -= kept_.front().capacity;
                 kept_.erase(kept_.begin());
             }
         }
-        for (const Block& b : released) {
-            munmap(b.data, b.capacity);
+        for (std::size_t i = 0; i < count; ++i) {
+            release_(released[i]);
         }
     }
 
 private:
-    Keeper() { kept_.reserve(PixelMemory::kKeptBlocks + 1); }
+    Keeper(std::size_t maxBlocks, std::size_t maxBytes, void (*release)(const Block&))
+        : maxBlocks_(maxBlocks), maxBytes_(maxBytes), release_(release)
+    {
+        kept_.reserve(maxBlocks + 1);
+    }
 
+    const std::size_t maxBlocks_;
+    const std::size_t maxBytes_;
+    void (*const release_)(const Block&);
     std::mutex mutex_;
     std::vector<Block> kept_;
     std::size_t keptBytes_ = 0;
@@ -77,10 +99,13 @@ unsigned char* PixelMemory::Take(std::size_t size, std::size_t& capacity, bool& 
 {
     fresh = false;
     if (size < kSmallest) {
-        capacity = size;
-        return static_cast<unsigned char*>(std::malloc(size == 0 ? 1 : size));
+        if (unsigned char* kept = Keeper::Small().Reuse(std::max<std::size_t>(size, 1), capacity)) {
+            return kept;
+        }
+        capacity = std::max<std::size_t>(size, 1);
+        return static_cast<unsigned char*>(std::malloc(capacity));
     }
-    if (unsigned char* kept = Keeper::Instance().Reuse(size, capacity)) {
+    if (unsigned char* kept = Keeper::Large().Reuse(size, capacity)) {
         return kept;
     }
     capacity = RoundedUp(size);
@@ -98,14 +123,14 @@ void PixelMemory::Give(unsigned char* block, std::size_t capacity)
         return;
     }
     if (capacity < kSmallest) {
-        std::free(block);
+        Keeper::Small().Keep({block, capacity});
         return;
     }
     if (capacity > kKeptBytes) {
         munmap(block, capacity);
         return;
     }
-    Keeper::Instance().Keep({block, capacity});
+    Keeper::Large().Keep({block, capacity});
 }
 
 }  // namespace VTC::gfx::raster

@@ -10,12 +10,14 @@ namespace VTC::gfx::raster {
 // back (the most recently given first, up to kKeptBlocks blocks and
 // kKeptBytes bytes), so that repeated calls of one size find their memory
 // mapped, faulted in and warm, whatever thresholds the C library's allocator
-// works with. Smaller blocks come from the allocator. Nothing is zeroed.
+// works with. Smaller blocks come from the allocator and are kept as well, up
+// to kKeptSmallBlocks of them. Nothing is zeroed.
 class PixelMemory {
 public:
     static constexpr std::size_t kSmallest = std::size_t{64} << 10;
     static constexpr std::size_t kKeptBlocks = 8;
     static constexpr std::size_t kKeptBytes = std::size_t{160} << 20;
+    static constexpr std::size_t kKeptSmallBlocks = 16;
 
     // At least `size` bytes (a kept block may be up to half as large again),
     // with its capacity; null when out of memory. `fresh` tells whether the

@@ -58,27 +58,38 @@ void BlendBytes(const unsigned char* source, unsigned char* target, std::size_t 
 // in a pixel, which is the blend of c over old, then ANDed with the keep mask.
 class ConstantBlend {
 public:
-    // 96 bytes hold a whole number of 3- and 4-byte pixels and of vectors.
-    static constexpr std::size_t kPatternBytes = 96;
+    // 96 bytes hold a whole number of 3- and 4-byte pixels and of vectors;
+    // the colour is repeated over up to 32 of them, so that a row of up to
+    // 768 32-bit pixels is one kernel call.
+    static constexpr std::size_t kPeriodBytes = 96;
+    static constexpr std::size_t kPatternBytes = 32 * kPeriodBytes;
 
-    // pixel: the colour bytes of one pixel (3 or 4) in memory order.
-    ConstantBlend(const unsigned char* pixel, std::size_t pixelBytes, unsigned transparency, std::uint32_t keepMask)
-        : transparency_(transparency), keepMask_(keepMask)
+    // pixel: the colour bytes of one pixel (3 or 4) in memory order; span:
+    // how many bytes the calls of Apply mostly cover (the pattern is made no
+    // longer than needed).
+    ConstantBlend(const unsigned char* pixel, std::size_t pixelBytes, unsigned transparency, std::uint32_t keepMask,
+                  std::size_t span = kPatternBytes)
+        : transparency_(transparency), keepMask_(keepMask),
+          length_(std::clamp((span + kPeriodBytes - 1) / kPeriodBytes, std::size_t{1}, kPatternBytes / kPeriodBytes) *
+                  kPeriodBytes)
     {
-        for (std::size_t i = 0; i < kPatternBytes; ++i)
-            pattern_[i] = pixel[i % pixelBytes];
+        for (std::size_t i = 0; i < pixelBytes; ++i)
+            pattern_[i] = pixel[i];
+        for (std::size_t filled = pixelBytes; filled < length_; filled *= 2)
+            std::memcpy(pattern_ + filled, pattern_, std::min(filled, length_ - filled));
     }
 
     // Blends `count` bytes starting at a pixel boundary.
     void Apply(unsigned char* target, std::size_t count) const
     {
-        for (std::size_t i = 0; i < count; i += kPatternBytes)
-            BlendBytes(pattern_, target + i, std::min(kPatternBytes, count - i), transparency_, keepMask_);
+        for (std::size_t i = 0; i < count; i += length_)
+            BlendBytes(pattern_, target + i, std::min(length_, count - i), transparency_, keepMask_);
     }
 
 private:
     unsigned transparency_;
     std::uint32_t keepMask_;
+    std::size_t length_;  // a whole number of periods
     unsigned char pattern_[kPatternBytes];
 };
 
