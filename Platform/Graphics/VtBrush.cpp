@@ -2,8 +2,13 @@
 
 #include "VtGraphicsLog_p.h"
 #include "VtObjectAccounting_p.h"
+#include "VtObjectMemory_p.h"
 
 namespace VTC {
+
+void* VtBrush::operator new(std::size_t size) { return gfx::TakeObjectMemory(size); }
+
+void VtBrush::operator delete(void* block, std::size_t size) noexcept { gfx::GiveObjectMemory(block, size); }
 
 VtBrush::~VtBrush() { gfx::CountDestroyed(); }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include "LqBase.h"
 
 namespace VTC {
@@ -10,6 +12,10 @@ public:
     virtual ~VtBrush();
     VtBrush(const VtBrush&) = delete;
     VtBrush& operator=(const VtBrush&) = delete;
+
+    // Made and destroyed by the dozen per call: the platform recycles their memory.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* block, std::size_t size) noexcept;
 
     // False when the brush is already defined (ReleaseBrush first) or the style is unknown.
     bool CreateBrush(int style, unsigned int colour, int reserved1, int reserved2, const ZEDA::ZedaSize& size,

@@ -13,6 +13,7 @@
 #include "VtGraphicsManager.h"
 #include "VtGraphicsState_p.h"
 #include "VtPen.h"
+#include "VtObjectMemory_p.h"
 
 namespace VTC {
 
@@ -85,6 +86,10 @@ gfx::PixelFormat gfx::CompatibleFormat(const VtGraphics& graphics)
 }
 
 VtGraphics::VtGraphics(std::unique_ptr<State> state) : state_(std::move(state)) {}
+
+void* VtGraphics::operator new(std::size_t size) { return gfx::TakeObjectMemory(size); }
+
+void VtGraphics::operator delete(void* block, std::size_t size) noexcept { gfx::GiveObjectMemory(block, size); }
 
 VtGraphics::~VtGraphics() { gfx::CountDestroyed(); }
 

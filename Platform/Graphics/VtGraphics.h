@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include <memory>
 #include <string>
 
@@ -28,6 +30,10 @@ public:
     virtual ~VtGraphics();
     VtGraphics(const VtGraphics&) = delete;
     VtGraphics& operator=(const VtGraphics&) = delete;
+
+    // Made and destroyed by the dozen per call: the platform recycles their memory.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* block, std::size_t size) noexcept;
 
     // Kind and device state.
     int GetSurfaceKind() const;

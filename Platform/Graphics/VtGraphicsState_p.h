@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "VtGraphics.h"
+#include "VtObjectMemory_p.h"
 #include "VtRgn.h"
 #include "surfaces/VtSurfaceDevice_p.h"
 
@@ -17,7 +18,7 @@ namespace VTC {
 class VtPen;
 class VtBrush;
 
-struct VtGraphics::State {
+struct VtGraphics::State : gfx::PooledObject {
     explicit State(std::unique_ptr<gfx::SurfaceDevice> surface)
         : device(std::move(surface)), scale(device->InitialScale())
     {

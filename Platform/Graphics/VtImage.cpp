@@ -15,6 +15,7 @@
 #include "VtObjectAccounting_p.h"
 #include "VtPixelCopy_p.h"
 #include "VtPixelMemory_p.h"
+#include "VtObjectMemory_p.h"
 
 namespace VTC {
 
@@ -68,7 +69,7 @@ private:
 
 }  // namespace
 
-struct VtImage::State {
+struct VtImage::State : gfx::PooledObject {
     int width = 0;
     int height = 0;
     int stride = 0;
@@ -135,6 +136,10 @@ struct VtImage::State {
 };
 
 VtImage::VtImage() : state_(std::make_unique<State>()) {}
+
+void* VtImage::operator new(std::size_t size) { return gfx::TakeObjectMemory(size); }
+
+void VtImage::operator delete(void* block, std::size_t size) noexcept { gfx::GiveObjectMemory(block, size); }
 
 VtImage::~VtImage()
 {

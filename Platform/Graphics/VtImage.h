@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include <memory>
 #include <string>
 #include <vector>
@@ -38,6 +40,10 @@ public:
     virtual ~VtImage();
     VtImage(const VtImage&) = delete;
     VtImage& operator=(const VtImage&) = delete;
+
+    // Made and destroyed by the dozen per call: the platform recycles their memory.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* block, std::size_t size) noexcept;
 
     // Allocates width x height pixels in the format of `reference`, all bytes 0.
     bool CreateCompatibleImage(VtGraphics* reference, int width, int height);

@@ -4,8 +4,13 @@
 
 #include "VtGraphicsLog_p.h"
 #include "VtObjectAccounting_p.h"
+#include "VtObjectMemory_p.h"
 
 namespace VTC {
+
+void* VtPen::operator new(std::size_t size) { return gfx::TakeObjectMemory(size); }
+
+void VtPen::operator delete(void* block, std::size_t size) noexcept { gfx::GiveObjectMemory(block, size); }
 
 VtPen::~VtPen() { gfx::CountDestroyed(); }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include "LqBase.h"
 
 namespace VTC {
@@ -10,6 +12,10 @@ public:
     virtual ~VtPen();
     VtPen(const VtPen&) = delete;
     VtPen& operator=(const VtPen&) = delete;
+
+    // Made and destroyed by the dozen per call: the platform recycles their memory.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* block, std::size_t size) noexcept;
 
     // False when the pen is already defined (ReleasePen first) or the style is unknown.
     bool CreatePen(int style, unsigned int colour, int reserved1, int reserved2, double width);

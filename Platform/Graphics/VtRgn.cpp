@@ -8,6 +8,7 @@
 #include "VtObjectAccounting_p.h"
 #include "VtPolygonRegion_p.h"
 #include "VtRgn_p.h"
+#include "VtObjectMemory_p.h"
 
 namespace VTC {
 
@@ -18,14 +19,26 @@ namespace {
 
 constexpr gfx::GraphicsLog kLog{"Platform/Graphics/VtRgn"};
 
+// New region objects share one empty region, which nothing changes (every
+// operation makes a region of its own), so that making one allocates nothing.
+cairo_region_t* SharedEmptyRegion()
+{
+    static cairo_region_t* const empty = cairo_region_create();
+    return cairo_region_reference(empty);
+}
+
 }  // namespace
 
-struct VtRgn::State {
-    gfx::RegionPtr region{cairo_region_create()};
+struct VtRgn::State : gfx::PooledObject {
+    gfx::RegionPtr region{SharedEmptyRegion()};
     bool counted = false;
 };
 
 VtRgn::VtRgn() : state_(std::make_unique<State>()) {}
+
+void* VtRgn::operator new(std::size_t size) { return gfx::TakeObjectMemory(size); }
+
+void VtRgn::operator delete(void* block, std::size_t size) noexcept { gfx::GiveObjectMemory(block, size); }
 
 VtRgn::~VtRgn()
 {

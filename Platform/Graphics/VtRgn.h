@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include <memory>
 
 #include "LqBase.h"
@@ -13,6 +15,10 @@ public:
     virtual ~VtRgn();
     VtRgn(const VtRgn&) = delete;
     VtRgn& operator=(const VtRgn&) = delete;
+
+    // Made and destroyed by the dozen per call: the platform recycles their memory.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* block, std::size_t size) noexcept;
 
     bool CreateRectRegion(int left, int top, int right, int bottom);
     // False only for a null array or a count below 1.

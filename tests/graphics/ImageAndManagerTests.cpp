@@ -1,4 +1,5 @@
 #include <functional>
+#include <thread>
 #include <tuple>
 
 #include "GraphicsTestSupport.h"
@@ -163,6 +164,33 @@ TEST(ManagerTest, CountsLiveObjectsAndFailsInjectedCalls)
     EXPECT_NE(graphics(), nullptr);
     Manager::ClearFaults();
     EXPECT_NE(image(), nullptr);
+}
+
+TEST(ManagerTest, ObjectsMayBeDestroyedOnAnotherThreadThanTheOneThatMadeThem)
+{
+    Owned<VtGraphics> window(Manager::CreateWindowGraphics(8, 8, 32));
+    const auto memoryGraphics = [&] {
+        Owned<VtGraphics> memory(Manager::NewGraphics(0));
+        memory->CreateCompatibleGraphics(window.get());
+        return memory;
+    };
+    const auto image = [] { return MakeImage(4, 4, 32); };
+    const auto pen = [] { return Owned<VtPen>(Manager::NewPen(0)); };
+    const auto brush = [] { return Owned<VtBrush>(Manager::NewBrush(0)); };
+    const auto region = [] { return MakeRegion(ZedaRect(0, 0, 2, 2)); };
+    const int before = Manager::GetLiveObjectCount();
+    // Made on one thread and destroyed on another, which keeps their memory
+    // until it ends: nothing is lost or given back twice, and the counts are kept.
+    {
+        auto objects = std::make_tuple(memoryGraphics(), image(), pen(), brush(), region());
+        EXPECT_EQ(Manager::GetLiveObjectCount(), before + 5);
+        std::thread([&] { objects = {}; }).join();
+        EXPECT_EQ(Manager::GetLiveObjectCount(), before);
+    }
+    // Their memory, kept by that thread, went back to the heap when it ended;
+    // the next objects of every kind are made as well.
+    auto again = std::make_tuple(memoryGraphics(), image(), pen(), brush(), region());
+    EXPECT_EQ(Manager::GetLiveObjectCount(), before + 5);
 }
 
 TEST(ManagerTest, SurfacesAnswerTheirKindDeviceStateAndWhetherTheyReadBack)

@@ -14,6 +14,7 @@
 #include "VtGradientFill_p.h"
 #include "VtGraphicsTypes.h"
 #include "VtImage.h"
+#include "VtObjectMemory_p.h"
 #include "VtPixels_p.h"
 #include "VtShape_p.h"
 
@@ -34,7 +35,7 @@ protected:
     ~NativeGradients() = default;
 };
 
-class SurfaceDevice {
+class SurfaceDevice : public PooledObject {
 public:
     virtual ~SurfaceDevice() = default;
 
