@@ -74,6 +74,11 @@ void BlendArea(const unsigned char* source, unsigned char* target, const VtImage
         return;
     const std::size_t stride = static_cast<std::size_t>(info.rowBytes);
     const auto width = static_cast<std::size_t>(cols);
+    if (info.bitsPerPixel == 32 && width * 4 == stride) {
+        // Whole rows, one after another: one kernel call.
+        BlendBytes(source, target, stride * static_cast<std::size_t>(rows), t, ColourBytesMask32());
+        return;
+    }
     for (std::size_t row = 0; row < static_cast<std::size_t>(rows); ++row) {
         const unsigned char* s = source + row * stride;
         unsigned char* d = target + row * stride;

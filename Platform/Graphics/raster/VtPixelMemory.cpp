@@ -18,6 +18,8 @@ struct Block {
     std::size_t capacity;
 };
 
+constexpr std::size_t kHugePageBytes = std::size_t{2} << 20;
+
 std::size_t RoundedUp(std::size_t size) { return (size + PixelMemory::kSmallest - 1) / PixelMemory::kSmallest * PixelMemory::kSmallest; }
 
 void Unmap(const Block& block) { munmap(block.data, block.capacity); }
@@ -112,6 +114,11 @@ unsigned char* PixelMemory::Take(std::size_t size, std::size_t& capacity, bool& 
     void* mapped = mmap(nullptr, capacity, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (mapped == MAP_FAILED) {
         return nullptr;
+    }
+    // Full-screen buffers on 2 MiB pages where the system allows: passes over
+    // several of them then miss the address cache 512 times less often.
+    if (capacity >= kHugePageBytes) {
+        madvise(mapped, capacity, MADV_HUGEPAGE);
     }
     fresh = true;
     return static_cast<unsigned char*>(mapped);
