@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <bit>
+#include <limits>
 #include <map>
 #include <set>
+#include <unordered_set>
 
 #include "LqCompactFile.h"
 #include "LqStream.h"
@@ -276,6 +278,9 @@ bool ResourceSymbolLib::AppendImage(VtStream& stream, unsigned char flag)
     tree.Load(stream, fileVersion);
     if (stream.IsFailed() || !CheckTree(tree, ids))
         return Fail("EXl003", "the group tree is damaged", __LINE__);
+    if (const ResourceSymbol* refused = FirstWithoutFreeId(parsed))
+        return Fail("EXl008", "no free ID is left for symbol " + std::to_string(refused->ID) + "; nothing was appended",
+                    __LINE__);
     if (!ImportResources(stream, fileVersion, parsed))
         return false;
 
@@ -306,6 +311,28 @@ bool ResourceSymbolLib::AppendImage(VtStream& stream, unsigned char flag)
         symbol.release();
     }
     return true;
+}
+
+// Gives the symbols their IDs in order, as AddSymbol will, and returns the
+// first that would need one above the largest (null when none does), so that
+// such an append is refused before it changes anything.
+const ResourceSymbol* ResourceSymbolLib::FirstWithoutFreeId(const SymbolList& parsed) const
+{
+    std::unordered_set<int> taken;
+    for (int i = 0; i < GetSymbolCount(); ++i)
+        taken.insert(GetIDAt(i));
+    int largest = GetMaxID();
+    for (const auto& symbol : parsed) {
+        int id = symbol->ID;
+        if (id < 0 || taken.contains(id)) {
+            if (largest == std::numeric_limits<int>::max())
+                return symbol.get();
+            id = largest + 1;
+        }
+        taken.insert(id);
+        largest = std::max(largest, id);
+    }
+    return nullptr;
 }
 
 // Copies the pictures of the appended symbols from the stream's cache

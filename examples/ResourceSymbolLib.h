@@ -123,6 +123,7 @@ private:
     bool ReadSymbols(VTC::VtStream& stream, SymbolList& parsed);
     bool WriteSymbols(VTC::VtStream& stream);
     static bool CheckTree(const VTC::VtSymbolGroup& root, const std::vector<int>& ids);
+    const ResourceSymbol* FirstWithoutFreeId(const SymbolList& parsed) const;
 
     bool ScanCacheSection(VTC::VtStream& stream, CacheSection& section);
     bool TakeResourcesFromStream(VTC::VtStream& stream);

@@ -375,9 +375,10 @@ TEST_F(ExampleLibraryTest, AppendRenumbersAndMergesGroupsWithPictures)
     EXPECT_EQ(TreeLines(*flat.GetRootGroup()), (std::vector<std::string>{"RootGroup: 1 2 3 4 5 6"}));
 }
 
-// An append stops cleanly where a symbol needs a new ID and the library holds
-// the largest; every successful call clears the error of the one before.
-TEST_F(ExampleLibraryTest, AppendStopsAtTheLargestIdAndSuccessClearsTheError)
+// An append is refused, adding nothing, when a symbol would need a new ID and
+// the library holds the largest; every successful call clears the error of
+// the one before.
+TEST_F(ExampleLibraryTest, AppendRefusedAtTheLargestIdAndSuccessClearsTheError)
 {
     MarkerSymbolLib source;
     FillMarkers(source);
@@ -388,16 +389,17 @@ TEST_F(ExampleLibraryTest, AppendStopsAtTheLargestIdAndSuccessClearsTheError)
     EXPECT_EQ(target.AppendFromFile(U(Work("source.lqm")), 0), 0);
     EXPECT_NE(target.GetLastError().find("no free ID is left for symbol 4"), std::string::npos)
         << target.GetLastError();
-    EXPECT_EQ(TreeLines(*target.GetRootGroup()), (std::vector<std::string>{"RootGroup: 4 2147483647 1 2 3"}));
+    EXPECT_EQ(TreeLines(*target.GetRootGroup()), (std::vector<std::string>{"RootGroup: 4 2147483647"}));
+    EXPECT_EQ(target.GetSymbolCount(), 2);
 
+    EXPECT_TRUE(target.SetSymbolImage(4, Picture(3, 3, 1)));
+    EXPECT_EQ(target.GetLastError(), "");
     RasterImage picture;
-    EXPECT_TRUE(target.GetSymbolImage(2, picture));
-    EXPECT_EQ(picture, Picture(16, 16, 2));
+    EXPECT_TRUE(target.GetSymbolImage(4, picture));
+    EXPECT_EQ(picture, Picture(3, 3, 1));
     EXPECT_EQ(target.GetLastError(), "");
     EXPECT_FALSE(target.GetSymbolImage(99, picture));
     ASSERT_NE(target.GetLastError(), "");
-    EXPECT_TRUE(target.SetSymbolImage(4, Picture(3, 3, 1)));
-    EXPECT_EQ(target.GetLastError(), "");
     EXPECT_FALSE(target.GetSymbolImage(INT_MAX, picture));
     ASSERT_NE(target.GetLastError(), "");
     EXPECT_NE(target.GetResourceCache(), nullptr);
