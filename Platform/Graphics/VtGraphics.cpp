@@ -345,6 +345,16 @@ void VtGraphics::LogicalToDevicePoints(ZedaPoint* points, int count) const
         return;
     }
     const State& s = *state_;
+    if (s.scale == 1.0) {
+        // The same integers as the rounding below gives them, without it.
+        const auto shifted = [](int v, int by) {
+            return static_cast<int>(std::clamp<long long>(static_cast<long long>(v) + by, INT_MIN, INT_MAX));
+        };
+        for (int i = 0; i < count; ++i) {
+            points[i] = {shifted(points[i].x, s.origin.x), shifted(points[i].y, s.origin.y)};
+        }
+        return;
+    }
     for (int i = 0; i < count; ++i) {
         points[i] = {RoundToInt(points[i].x * s.scale + s.origin.x), RoundToInt(points[i].y * s.scale + s.origin.y)};
     }

@@ -1,6 +1,7 @@
 #include "VtEspecialFillRegion_p.h"
 
 #include <algorithm>
+#include <array>
 #include <vector>
 
 #include "LqGraphics.h"
@@ -24,12 +25,31 @@ bool ClipRegionToScreen(VtRgn& region)
 
 namespace {
 
-std::vector<ZedaPoint> DevicePoints(VtGraphics* graphics, const ZedaPoint* points, int count)
-{
-    std::vector<ZedaPoint> copy(points, points + std::max(count, 0));
-    graphics->LogicalToDevicePoints(copy.data(), static_cast<int>(copy.size()));
-    return copy;
-}
+// A device-pixel copy of the points: held inline for the polygons a call
+// usually brings, so that it takes nothing from the heap; larger ones on it.
+class DevicePoints {
+public:
+    DevicePoints(VtGraphics* graphics, const ZedaPoint* points, int count)
+    {
+        const auto n = static_cast<std::size_t>(std::max(count, 0));
+        if (n > inline_.size()) {
+            heap_.assign(points, points + n);
+            data_ = heap_.data();
+        } else {
+            std::copy(points, points + n, inline_.begin());
+        }
+        graphics->LogicalToDevicePoints(data_, static_cast<int>(n));
+    }
+    DevicePoints(const DevicePoints&) = delete;
+    DevicePoints& operator=(const DevicePoints&) = delete;
+
+    const ZedaPoint* Data() const { return data_; }
+
+private:
+    std::array<ZedaPoint, 16> inline_{};
+    std::vector<ZedaPoint> heap_;
+    ZedaPoint* data_ = inline_.data();
+};
 
 int PointTotal(const int* counts, int polyCount)
 {
@@ -50,8 +70,8 @@ Owned<VtRgn> NewShapeRegion(VtGraphics* graphics, const ZedaPoint* points, int c
         especialFillLog.Fail(noRegionCode);
         return nullptr;
     }
-    const std::vector<ZedaPoint> copy = DevicePoints(graphics, points, count);
-    if (!create(region.get(), copy.data())) {
+    const DevicePoints copy(graphics, points, count);
+    if (!create(region.get(), copy.Data())) {
         region.reset();
         especialFillLog.Fail("EFd009");
     }

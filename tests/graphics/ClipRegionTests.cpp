@@ -144,6 +144,12 @@ TEST(MappingTest, DeviceIsLogicalTimesScalePlusOriginRoundedHalfUpForShapesPensA
     window->LogicalToDeviceSize(size);
     window->DeviceToLogicalSize(size);
     EXPECT_EQ(size, ZedaSize(10, -4));  // (5, -2) in between
+    // At scale 1 only the origin moves points, held within the int range.
+    window->SetScale(1.0);
+    ZedaPoint far[] = {{INT_MAX - 3, INT_MIN + 1}, {-9, 5}};
+    window->LogicalToDevicePoints(far, 2);
+    EXPECT_EQ(std::vector(far, far + 2), (std::vector{ZedaPoint(INT_MAX, INT_MIN), ZedaPoint(-2, 2)}));
+    window->SetScale(0.5);
 
     // (3, 4, 23, 20) outlined by a pen of 2 x 2 pixels centred on its edge pixels.
     window->SetScale(2.0);
