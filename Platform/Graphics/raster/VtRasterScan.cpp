@@ -36,7 +36,12 @@ Fixed FloorDiv64(Fixed a, Fixed b)
 }
 
 // The first row whose sample point lies at or below y.
-Fixed FirstSampledRow(Fixed y) { return FloorDiv(Wide{y} - kSampleBelowTop + kFixedOne - 1, kFixedOne); }
+Fixed FirstSampledRow(Fixed y)
+{
+    // An arithmetic shift is the floor division by 256 wherever the sum stays in range.
+    constexpr Fixed kBias = kFixedOne - 1 - kSampleBelowTop;
+    return y <= INT64_MAX - kBias ? (y + kBias) >> 8 : FloorDiv(Wide{y} + kBias, kFixedOne);
+}
 
 // An edge stepped down the rows: its crossing is x + remainder / dy.
 struct Edge {
@@ -198,8 +203,34 @@ private:
 };
 
 // Rows first .. end - 1 between the crossings of the two sides.
-template <typename Emit>
-void ScanMonotone(Chain& forward, Chain& backward, Fixed first, Fixed end, const ZedaRect& limits, Emit&& emit)
+// Where the runs of a scan go, row after row: straight into 32-bit rows
+// through a pointer that moves a row at a time, or to the writer.
+class Plain32Cursor {
+public:
+    Plain32Cursor(const Plain32Rows& rows, Fixed y) : rows_(rows), row_(rows.Row(y)) {}
+    void Run(Fixed from, Fixed to) const { rows_.Fill(row_, from, to); }
+    void Next() { row_ += rows_.stride; }
+
+private:
+    Plain32Rows rows_;
+    unsigned char* row_;
+};
+
+class SpanCursor {
+public:
+    SpanCursor(SpanWriter& out, Fixed y) : out_(out), y_(y) {}
+    void Run(Fixed from, Fixed to) const { out_.Span(y_, from, to); }
+    void Next() { ++y_; }
+
+private:
+    SpanWriter& out_;
+    Fixed y_;
+};
+
+// Rows first .. end - 1 between the crossings of the two sides; the cursor
+// starts at row first.
+template <typename Cursor>
+void ScanMonotone(Chain& forward, Chain& backward, Fixed first, Fixed end, const ZedaRect& limits, Cursor cursor)
 {
     const Fixed left = limits.left * kFixedOne, right = limits.right * kFixedOne;
     for (Fixed y = first; y < end;) {
@@ -208,16 +239,56 @@ void ScanMonotone(Chain& forward, Chain& backward, Fixed first, Fixed end, const
         Edge& backwardEdge = backward.At(y);
         Edge a = forwardEdge, b = backwardEdge;
         const Fixed stop = std::min({end, a.endRow, b.endRow});
-        for (; y < stop; ++y) {
+        for (Fixed rows = stop - y; rows > 0; --rows) {
             const Fixed cutA = (std::clamp(a.x, left, right) + kSampleBelowTop) >> 8;
             const Fixed cutB = (std::clamp(b.x, left, right) + kSampleBelowTop) >> 8;
             a.Step();
             b.Step();
-            emit(y, std::min(cutA, cutB), std::max(cutA, cutB));
+            cursor.Run(std::min(cutA, cutB), std::max(cutA, cutB));
+            cursor.Next();
         }
+        y = stop;
         forwardEdge = a;
         backwardEdge = b;
     }
+}
+
+// Narrows first .. end to the rows whose samples can meet the polygon within
+// the columns of the limits: in any other row both crossings are held at the
+// same side and the run is empty. The polygon's part within the columns
+// reaches exactly as high and low as the parts of its edges within them; two
+// rows of margin on each side cover the rounding of the doubles and the
+// truncation.
+void NarrowToColumns(const FixedPoint* points, int count, const ZedaRect& limits, Fixed& first, Fixed& end)
+{
+    const double left = static_cast<double>(limits.left) * kFixedOne;
+    const double right = static_cast<double>(limits.right) * kFixedOne;
+    double low = HUGE_VAL, high = -HUGE_VAL;
+    for (int i = 0; i < count; ++i) {
+        const FixedPoint& a = points[i];
+        const FixedPoint& b = points[i + 1 == count ? 0 : i + 1];
+        const bool aFirst = a.x <= b.x;
+        const double x0 = static_cast<double>(aFirst ? a.x : b.x), y0 = static_cast<double>(aFirst ? a.y : b.y);
+        const double x1 = static_cast<double>(aFirst ? b.x : a.x), y1 = static_cast<double>(aFirst ? b.y : a.y);
+        if (x1 < left || x0 > right) {
+            continue;
+        }
+        double from = y0, to = y1;
+        if (x0 < left) {
+            from = y0 + (left - x0) * (y1 - y0) / (x1 - x0);
+        }
+        if (x1 > right) {
+            to = y0 + (right - x0) * (y1 - y0) / (x1 - x0);
+        }
+        low = std::min({low, from, to});
+        high = std::max({high, from, to});
+    }
+    if (low > high) {
+        end = first;
+        return;
+    }
+    first = std::max(first, static_cast<Fixed>((low - kSampleBelowTop) / kFixedOne) - 2);
+    end = std::min(end, static_cast<Fixed>((high - kSampleBelowTop) / kFixedOne) + 3);
 }
 
 // A polygon that every row crosses at most twice, scanned without sorting:
@@ -225,26 +296,35 @@ void ScanMonotone(Chain& forward, Chain& backward, Fixed first, Fixed end, const
 bool FillMonotone(SpanWriter& out, const FixedPoint* points, int count)
 {
     int top = 0, bottom = 0;
+    Fixed leftmost = points[0].x, rightmost = points[0].x;
     for (int i = 1; i < count; ++i) {
         top = points[i].y < points[top].y ? i : top;
         bottom = points[i].y > points[bottom].y ? i : bottom;
+        leftmost = std::min(leftmost, points[i].x);
+        rightmost = std::max(rightmost, points[i].x);
+    }
+    const ZedaRect& limits = out.Limits();
+    if (rightmost <= limits.left * kFixedOne || leftmost >= limits.right * kFixedOne ||
+        FirstSampledRow(points[bottom].y) <= limits.top || FirstSampledRow(points[top].y) >= limits.bottom) {
+        return true;  // wholly beside, above or below the limits: every run is empty
     }
     Chain forward(points, count, top, 1), backward(points, count, top, -1);
     if (!forward.Descends(bottom) || !backward.Descends(bottom)) {
         return false;
     }
-    const ZedaRect& limits = out.Limits();
-    const Fixed first = std::max<Fixed>(FirstSampledRow(points[top].y), limits.top);
-    const Fixed end = std::min<Fixed>(FirstSampledRow(points[bottom].y), limits.bottom);
+    Fixed first = std::max<Fixed>(FirstSampledRow(points[top].y), limits.top);
+    Fixed end = std::min<Fixed>(FirstSampledRow(points[bottom].y), limits.bottom);
+    if (leftmost < limits.left * kFixedOne || rightmost > limits.right * kFixedOne) {
+        NarrowToColumns(points, count, limits, first, end);
+    }
+    if (first >= end) {
+        return true;
+    }
     if (out.IsPlain32()) {
         // Crossings are held within the limits already: nothing left to check.
-        ScanMonotone(forward, backward, first, end, limits, [&out](Fixed y, Fixed from, Fixed to) {
-            if (from < to) {
-                out.FillPlain32(static_cast<int>(y), static_cast<int>(from), static_cast<int>(to));
-            }
-        });
+        ScanMonotone(forward, backward, first, end, limits, Plain32Cursor(out.Plain32(), first));
     } else {
-        ScanMonotone(forward, backward, first, end, limits, [&out](Fixed y, Fixed from, Fixed to) { out.Span(y, from, to); });
+        ScanMonotone(forward, backward, first, end, limits, SpanCursor(out, first));
     }
     return true;
 }
@@ -266,14 +346,10 @@ bool MissesLimits(const ZedaRect& limits, const FixedPoint* points, const int* c
 
 }  // namespace
 
-Fixed ToFixed(double v) { return std::lrint(v * kFixedOne); }
-
-FixedPoint ToFixed(double x, double y) { return {ToFixed(x), ToFixed(y)}; }
-
 void FillPolygons(SpanWriter& out, const FixedPoint* points, const int* counts, int polyCount)
 {
-    if (out.IsEmpty() || MissesLimits(out.Limits(), points, counts, polyCount) ||
-        (polyCount == 1 && counts[0] > 0 && FillMonotone(out, points, counts[0]))) {
+    if (out.IsEmpty() || (polyCount == 1 && counts[0] > 0 && FillMonotone(out, points, counts[0])) ||
+        MissesLimits(out.Limits(), points, counts, polyCount)) {
         return;
     }
     Scratch& s = ThreadScratch();

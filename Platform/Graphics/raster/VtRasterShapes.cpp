@@ -28,12 +28,30 @@ struct Vector {
 // The centre of pixel v, moved up and left by the edge shift.
 double PathCoordinate(int v) { return v + 0.5 - kShift; }
 
-std::vector<FixedPoint>& FixedScratch()
-{
-    thread_local std::vector<FixedPoint> points;
-    points.clear();
-    return points;
-}
+// Room for the points or edges of a shape: on the stack for the few that
+// shapes usually have (no thread-local look-up, no heap), on the heap beyond.
+template <typename T>
+class ShapeScratch {
+public:
+    explicit ShapeScratch(int count)
+    {
+        if (count > kOnStack) {
+            heap_.resize(static_cast<std::size_t>(count));
+        }
+        data_ = count > kOnStack ? heap_.data() : stack_;
+    }
+    ShapeScratch(const ShapeScratch&) = delete;
+    ShapeScratch& operator=(const ShapeScratch&) = delete;
+
+    T* data() { return data_; }
+    T& operator[](std::size_t i) { return data_[i]; }
+
+private:
+    static constexpr int kOnStack = 16;
+    T stack_[kOnStack];
+    std::vector<T> heap_;
+    T* data_;
+};
 
 // An ellipse about the origin with semi-axes a and b, in half pixels: the
 // unit in which pixel centres and the semi-axes of every ellipse drawn are
@@ -66,85 +84,94 @@ private:
 // The centre of pixel p, in half pixels from a centre at twiceCentre / 2.
 int64_t HalfPixelsFrom(int64_t p, int64_t twiceCentre) { return 2 * p + 1 - twiceCentre; }
 
-class EllipseRuns {
+// How far the rows of an ellipse reach from its centre column, followed
+// from the rows farthest from the centre inwards, where the reach only grows.
+// A row's run is symmetric about the centre column and the same in the row
+// mirrored about the centre row, so one reach gives four ends.
+class EllipseReach {
 public:
-    EllipseRuns(const Ellipse& e, int64_t twiceCentreX)
-        : e_(e), c_(HalfPixelsFrom(0, twiceCentreX)), nearest_(NearestToCentre(c_))
-    {
-    }
+    // Pixel centres lie at x = 2 p + c half pixels from the centre.
+    EllipseReach(const Ellipse& e, int64_t c) : e_(e), nearest_(c & 1) {}
 
-    // The run lo .. hi of the row whose centres lie y half pixels from the centre; false when empty.
-    bool Next(int64_t y, int64_t& lo, int64_t& hi)
+    // The largest x >= 0 of the centres' parity strictly inside at row
+    // offset t >= 0 (half pixels), or a negative value when the row has
+    // none. Offsets come in decreasing order.
+    int64_t At(int64_t t)
     {
-        y_ = y;
-        if (e_.IsEmpty() || y <= -e_.B() || y >= e_.B()) {
-            return open_ = false;
+        if (e_.IsEmpty() || t >= e_.B()) {
+            return -1;
         }
-        if (!open_) {
-            if (!Inside(nearest_)) {
-                return false;
+        if (!known_) {
+            reach_ = Estimate(t);
+            while (reach_ >= nearest_ && !e_.Inside(reach_, t)) {
+                reach_ -= 2;
             }
-            lo_ = hi_ = nearest_;
+            known_ = true;
         }
-        while (lo_ <= hi_ && !Inside(lo_)) {
-            ++lo_;
+        while (e_.Inside(reach_ + 2, t)) {
+            reach_ += 2;
         }
-        while (hi_ >= lo_ && !Inside(hi_)) {
-            --hi_;
-        }
-        if (lo_ > hi_) {
-            return open_ = false;
-        }
-        while (Inside(lo_ - 1)) {
-            --lo_;
-        }
-        while (Inside(hi_ + 1)) {
-            ++hi_;
-        }
-        lo = lo_;
-        hi = hi_;
-        return open_ = true;
+        return reach_;
     }
 
 private:
-    // A pixel whose centre lies nearest the centre column: 2 p + c closest to 0.
-    static int64_t NearestToCentre(int64_t c)
+    // Near the true reach and of the centres' parity.
+    int64_t Estimate(int64_t t) const
     {
-        const int64_t below = c >= 0 ? -((c + 1) / 2) : (-c) / 2;  // largest p with 2 p + c <= 0
-        return -(2 * below + c) <= 2 * (below + 1) + c ? below : below + 1;
+        const double b = static_cast<double>(e_.B());
+        const double across = static_cast<double>(e_.A()) *
+                              std::sqrt((b - static_cast<double>(t)) * (b + static_cast<double>(t))) / b;
+        const auto x = static_cast<int64_t>(across);
+        return std::max<int64_t>(x - ((x - nearest_) & 1), nearest_ - 2);
     }
 
-    bool Inside(int64_t p) const { return e_.Inside(2 * p + c_, y_); }
-
     const Ellipse& e_;
-    int64_t c_;
-    int64_t nearest_;
-    int64_t y_ = 0;
-    int64_t lo_ = 0, hi_ = 0;
-    bool open_ = false;
+    int64_t nearest_;  // the smallest x >= 0 of the centres' parity
+    int64_t reach_ = 0;
+    bool known_ = false;
 };
 
 // The rows of `outer` within the limits, less `inner` where it is not empty.
 void PaintEllipseRows(SpanWriter& out, const ZedaRect& bounds, const Ellipse& outer, const Ellipse& inner)
 {
-    const int64_t twiceX = int64_t{bounds.left} + bounds.right;
-    const int64_t twiceY = int64_t{bounds.top} + bounds.bottom;
-    const int64_t c = HalfPixelsFrom(0, twiceY);
-    const int64_t first = std::max<int64_t>(out.Limits().top, (-outer.B() - c) / 2 - 1);
-    const int64_t end = std::min<int64_t>(out.Limits().bottom, (outer.B() - c) / 2 + 2);
-    EllipseRuns outerRuns(outer, twiceX), innerRuns(inner, twiceX);
-    for (int64_t row = first; row < end; ++row) {
-        const int64_t y = 2 * row + c;
-        int64_t lo = 0, hi = 0, innerLo = 0, innerHi = 0;
-        const bool hole = innerRuns.Next(y, innerLo, innerHi);
-        if (!outerRuns.Next(y, lo, hi)) {
+    const int64_t cx = HalfPixelsFrom(0, int64_t{bounds.left} + bounds.right);
+    const int64_t cy = HalfPixelsFrom(0, int64_t{bounds.top} + bounds.bottom);
+    const int64_t first = std::max<int64_t>(out.Limits().top, (-outer.B() - cy) / 2 - 1);
+    const int64_t end = std::min<int64_t>(out.Limits().bottom, (outer.B() - cy) / 2 + 2);
+    if (first >= end) {
+        return;
+    }
+    // Row r lies y = 2 r + cy half pixels from the centre; the offsets |y| of
+    // the rows wanted, farthest first. All share the parity of cy.
+    const int64_t yFirst = 2 * first + cy, yLast = 2 * (end - 1) + cy;
+    const int64_t farthest = std::max(std::abs(yFirst), std::abs(yLast));
+    const int64_t nearest = yFirst <= 0 && yLast >= 0 ? (cy & 1) : std::min(std::abs(yFirst), std::abs(yLast));
+    EllipseReach outerReach(outer, cx), innerReach(inner, cx);
+    for (int64_t t = farthest; t >= nearest; t -= 2) {
+        const int64_t reach = outerReach.At(t);
+        if (reach < 0) {
             continue;
         }
-        if (hole) {
-            out.Span(row, lo, innerLo);
-            out.Span(row, innerHi + 1, hi + 1);
-        } else {
-            out.Span(row, lo, hi + 1);
+        // Pixel p has its centre at 2 p + cx; reaches share cx's parity.
+        const int64_t lo = (-reach - cx) / 2, hi = (reach - cx) / 2;
+        const int64_t hole = innerReach.At(t);
+        if (hole >= 0 && (-hole - cx) / 2 <= out.Limits().left && (hole - cx) / 2 + 1 >= out.Limits().right) {
+            return;  // the hole spans the columns here and, wider still, in every row nearer the centre
+        }
+        const auto paint = [&](int64_t row) {
+            if (row < first || row >= end) {
+                return;
+            }
+            if (hole >= 0) {
+                out.Span(row, lo, (-hole - cx) / 2);
+                out.Span(row, (hole - cx) / 2 + 1, hi + 1);
+            } else {
+                out.Span(row, lo, hi + 1);
+            }
+        };
+        paint((-t - cy) / 2);
+        if (t != 0) {
+            paint((t - cy) / 2);
         }
     }
 }
@@ -176,20 +203,20 @@ ZedaRect AxisLineBox(const ZedaPoint& from, const ZedaPoint& to, int width)
                       : ZedaRect{clampInt(low), clampInt(first), clampInt(high), clampInt(last)};
 }
 
-// The vertices of a closed path without repeats, the closing one included.
-std::vector<ZedaPoint>& DistinctVertices(const ZedaPoint* points, int count)
+// Puts the vertices of a closed path without repeats, the closing one
+// included, into `path`; returns how many there are.
+int DistinctVertices(const ZedaPoint* points, int count, ZedaPoint* path)
 {
-    thread_local std::vector<ZedaPoint> path;
-    path.clear();
+    int n = 0;
     for (int i = 0; i < count; ++i) {
-        if (path.empty() || points[i] != path.back()) {
-            path.push_back(points[i]);
+        if (n == 0 || points[i] != path[n - 1]) {
+            path[n++] = points[i];
         }
     }
-    while (path.size() > 1 && path.back() == path.front()) {
-        path.pop_back();
+    while (n > 1 && path[n - 1] == path[0]) {
+        --n;
     }
-    return path;
+    return n;
 }
 
 struct PathSegment {
@@ -229,9 +256,9 @@ void PaintCorner(SpanWriter& out, const ZedaPoint& before, const ZedaPoint& p, c
 
 void FillPolygon(SpanWriter& out, const ZedaPoint* points, int count)
 {
-    std::vector<FixedPoint>& fixed = FixedScratch();
+    ShapeScratch<FixedPoint> fixed(count);
     for (int i = 0; i < count; ++i) {
-        fixed.push_back({points[i].x * kFixedOne - kEdgeShift, points[i].y * kFixedOne - kEdgeShift});
+        fixed[static_cast<std::size_t>(i)] = {points[i].x * kFixedOne - kEdgeShift, points[i].y * kFixedOne - kEdgeShift};
     }
     FillPolygon(out, fixed.data(), count);
 }
@@ -258,11 +285,13 @@ void StrokeLine(SpanWriter& out, const ZedaPoint& from, const ZedaPoint& to, int
 
 void StrokePolygon(SpanWriter& out, const ZedaPoint* points, int count, int width)
 {
-    const std::vector<ZedaPoint>& path = DistinctVertices(points, count);
-    if (path.empty()) {
+    ShapeScratch<ZedaPoint> distinct(count);
+    const ZedaPoint* path = distinct.data();
+    const int n = DistinctVertices(points, count, distinct.data());
+    if (n == 0) {
         return;
     }
-    if (path.size() == 1) {
+    if (n == 1) {
         const auto [left, right] = PenBand(path[0].x, width);
         const auto [top, bottom] = PenBand(path[0].y, width);
         const int64_t end = std::min<int64_t>(bottom, out.Limits().bottom);
@@ -271,22 +300,22 @@ void StrokePolygon(SpanWriter& out, const ZedaPoint* points, int count, int widt
         }
         return;
     }
-    const std::size_t n = path.size();
+    // Every segment first: their square roots and divisions then overlap.
     const double half = width / 2.0;
-    const auto segment = [&](std::size_t i) {
-        const Vector u = UnitAlong(path[i], path[(i + 1) % n]);
-        return PathSegment{u, {-u.y * half, u.x * half}};
-    };
-    PathSegment previous = segment(n - 1);
-    for (std::size_t i = 0; i < n; ++i) {
+    ShapeScratch<PathSegment> segments(n);
+    for (int i = 0; i < n; ++i) {
+        const Vector u = UnitAlong(path[i], path[i + 1 == n ? 0 : i + 1]);
+        segments[static_cast<std::size_t>(i)] = PathSegment{u, {-u.y * half, u.x * half}};
+    }
+    for (int i = 0; i < n; ++i) {
         const ZedaPoint& a = path[i];
-        const ZedaPoint& b = path[(i + 1) % n];
-        const PathSegment current = segment(i);
+        const ZedaPoint& b = path[i + 1 == n ? 0 : i + 1];
+        const PathSegment& current = segments[static_cast<std::size_t>(i)];
         const FixedPoint band[4] = {Moved(a, current.offset, 1), Moved(b, current.offset, 1),
                                     Moved(b, current.offset, -1), Moved(a, current.offset, -1)};
         FillPolygon(out, band, 4);
-        PaintCorner(out, path[(i + n - 1) % n], a, b, previous, current);
-        previous = current;
+        PaintCorner(out, path[i == 0 ? n - 1 : i - 1], a, b, segments[static_cast<std::size_t>(i == 0 ? n - 1 : i - 1)],
+                    current);
     }
 }
 

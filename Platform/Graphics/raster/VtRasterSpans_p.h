@@ -32,6 +32,29 @@ public:
     virtual void Run(int y, int x0, int x1) = 0;
 };
 
+// Rows of 32-bit pixels and the value to write, held by value so that a
+// scan keeps them in registers: the pixels it writes could otherwise alias
+// them, and every row would read them back from memory.
+struct Plain32Rows {
+    unsigned char* data;
+    std::ptrdiff_t stride;
+    uint32_t raw;
+
+    unsigned char* Row(int64_t y) const { return data + static_cast<std::ptrdiff_t>(y) * stride; }
+
+    // Pixels from .. to - 1 of a row, all within it. A plain loop: for the
+    // runs of two or three pixels that bands and rings have it beats writing
+    // the first four pixels without a branch on the length, and the
+    // compiler vectorises it for long runs.
+    void Fill(unsigned char* row, int64_t from, int64_t to) const
+    {
+        auto* p = reinterpret_cast<uint32_t*>(row);
+        for (int64_t x = from; x < to; ++x) {
+            p[x] = raw;
+        }
+    }
+};
+
 // Writes spans of `raw` (the stored value: 0 or 1, an index, a 5-6-5 value,
 // three bytes with byte 0 lowest, or a 32-bit word) to the pixels that lie
 // on the surface and inside the clip (null: no clip).
@@ -57,32 +80,19 @@ public:
             return;
         }
         if (IsPlain32()) {
-            FillPlain32(static_cast<int>(y), from, to);
+            const Plain32Rows rows = Plain32();
+            rows.Fill(rows.Row(y), from, to);
             return;
         }
         WriteClipped(static_cast<int>(y), from, to);
     }
     void Box(const ZedaRect& box);
 
-    // 32-bit pixels without a clip of several rectangles: spans within the
-    // limits may then be written with FillPlain32, without further checks.
+    // 32-bit pixels without a clip of several rectangles or a sink: spans
+    // within the limits may then be written through Plain32(), without
+    // further checks.
     bool IsPlain32() const { return clip_ == nullptr && sink_ == nullptr && pixels_.bpp == 32; }
-    void FillPlain32(int y, int from, int to) const
-    {
-        // The first four pixels without a branch on the length (writing the
-        // last one again instead): short spans of varying length would make
-        // a loop's exit mispredict on most rows.
-        auto* p = reinterpret_cast<uint32_t*>(pixels_.data + static_cast<std::ptrdiff_t>(y) * pixels_.stride);
-        const uint32_t raw = raw_;
-        const int last = to - 1;
-        p[from] = raw;
-        p[from + 1 < last ? from + 1 : last] = raw;
-        p[from + 2 < last ? from + 2 : last] = raw;
-        p[from + 3 < last ? from + 3 : last] = raw;
-        for (int x = from + 4; x < to; ++x) {
-            p[x] = raw;
-        }
-    }
+    Plain32Rows Plain32() const { return {pixels_.data, pixels_.stride, raw_}; }
 
 private:
     void WriteClipped(int y, int x0, int x1) const;
