@@ -274,6 +274,31 @@ struct LinearBands {
     }
 };
 
+// The outer vertices of the conical gradient's sectors, each computed once:
+// vertex j lies at direction angle + (j + 1/2) delta, which neighbouring
+// sectors share. (j + 1/2) delta is exact for the half-integers, so every
+// direction is the one the sector's own sum gives.
+class ConicalFan {
+public:
+    ConicalFan(const ZedaPoint& centre, double reach, double angle, double delta, int sectors)
+        : sectors_(sectors), vertices_(static_cast<std::size_t>(2 * sectors + 2))
+    {
+        for (int j = -sectors - 1; j <= sectors; ++j) {
+            const double phi = angle + (j + 0.5) * delta;
+            vertices_[Slot(j)] =
+                ZedaPoint(RoundAway(centre.x + reach * std::cos(phi)), RoundAway(centre.y - reach * std::sin(phi)));
+        }
+    }
+
+    const ZedaPoint& Vertex(int j) const { return vertices_[Slot(j)]; }
+
+private:
+    std::size_t Slot(int j) const { return static_cast<std::size_t>(j + sectors_ + 1); }
+
+    int sectors_;
+    std::vector<ZedaPoint> vertices_;
+};
+
 }  // namespace
 
 VtImage* VtEspecialFill::GetLinearImage(VtGraphics* graphics, const ZedaRect& rect, unsigned int colour1,
@@ -372,24 +397,23 @@ VtImage* VtEspecialFill::GetConicalImage(VtGraphics* graphics, const ZedaRect& r
     VtBrush* previousBrush = canvas.memory->SelectBrush(brush.get());
 
     const int sectors = canvas.screen ? 64 : 128;
-    const double delta = pi / sectors;
-    const double reach = canvas.d + canvas.h;
-    const ZedaPoint& centre = canvas.centre;
+    const ConicalFan fan(canvas.centre, canvas.d + canvas.h, angle, pi / sectors, sectors);
     ZedaPoint triangle[3];
-    triangle[0] = centre;
-    const auto drawSector = [&](double phi1, double phi2) {
-        triangle[1] = ZedaPoint(RoundAway(centre.x + reach * std::cos(phi1)), RoundAway(centre.y - reach * std::sin(phi1)));
-        triangle[2] = ZedaPoint(RoundAway(centre.x + reach * std::cos(phi2)), RoundAway(centre.y - reach * std::sin(phi2)));
+    triangle[0] = canvas.centre;
+    // Sector i lies between the fan's vertices i - 1 and i.
+    const auto drawSector = [&](int upper) {
+        triangle[1] = fan.Vertex(upper);
+        triangle[2] = fan.Vertex(upper - 1);
         canvas.memory->DrawPolygon(triangle, 3);
     };
-    drawSector(angle + delta / 2, angle - delta / 2);
+    drawSector(0);
     for (int i = 1; i <= sectors; ++i) {
         unsigned int colour = 0;
         GetColor(ZedaPoint(0, 0), ZedaPoint(sectors, 0), colour1, colour2, ZedaPoint(i, 0), colour);
         RedefineBrush(brush.get(), VT_BRUSH_SOLID, colour);
         canvas.memory->SelectBrush(brush.get());
-        drawSector(angle + (i + 0.5) * delta, angle + (i - 0.5) * delta);
-        drawSector(angle + (-i + 0.5) * delta, angle + (-i - 0.5) * delta);
+        drawSector(i);
+        drawSector(-i);
     }
 
     canvas.memory->SelectBrush(previousBrush);
