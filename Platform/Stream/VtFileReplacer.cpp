@@ -59,11 +59,14 @@ bool IsRunning(pid_t pid)
 
 }  // namespace
 
-VtFileReplacer::VtFileReplacer(const std::string& target) : target_(ResolveLink(target))
+VtFileReplacer::VtFileReplacer(const std::string& target) : VtFileReplacer(target, true) {}
+
+VtFileReplacer::VtFileReplacer(const std::string& target, bool sweepSiblings) : target_(ResolveLink(target))
 {
     const fs::path targetPath(target_);
     directory_ = targetPath.has_parent_path() ? targetPath.parent_path().string() : std::string(".");
-    RemoveStaleSiblings();
+    if (sweepSiblings)
+        RemoveStaleTemporaries(false);
     std::string pattern =
         (fs::path(directory_) / (TemporaryPrefix(targetPath) + std::to_string(::getpid()) + "-XXXXXX")).string();
     const int descriptor = ::mkstemp(pattern.data());
@@ -114,15 +117,20 @@ bool VtFileReplacer::Install(bool syncDirectory)
     return true;
 }
 
-void VtFileReplacer::RemoveStaleSiblings() const
+void VtFileReplacer::RemoveStaleTemporaries(bool everyTarget) const
 {
     const std::string prefix = TemporaryPrefix(fs::path(target_));
+    const std::size_t markerLength = std::strlen(temporaryMarker);
     std::error_code error;
     for (const fs::directory_entry& entry : fs::directory_iterator(directory_, error)) {
         const std::string name = entry.path().filename().string();
-        if (name.compare(0, prefix.size(), prefix) != 0)
+        const std::size_t marker = name.rfind(temporaryMarker);
+        if (marker == std::string::npos || name.front() != '.')
             continue;
-        const long pid = std::strtol(name.c_str() + prefix.size(), nullptr, 10);
+        const bool ofThisTarget = marker + markerLength == prefix.size() && name.compare(0, prefix.size(), prefix) == 0;
+        if (!everyTarget && !ofThisTarget)
+            continue;
+        const long pid = std::strtol(name.c_str() + marker + markerLength, nullptr, 10);
         if (pid > 0 && !IsRunning(static_cast<pid_t>(pid)))
             fs::remove(entry.path(), error);
     }
@@ -157,7 +165,9 @@ bool VtFileReplacer::Replace(const std::string& target, const std::function<bool
 bool VtFileBatch::Add(const std::string& target, const std::function<bool(const std::string&)>& write,
                       const std::function<bool(const std::string&)>& check, std::string& error)
 {
-    auto replacer = std::make_unique<VtFileReplacer>(target);
+    std::unique_ptr<VtFileReplacer> replacer(new VtFileReplacer(target, false));
+    if (sweptDirectories_.insert(replacer->directory_).second)
+        replacer->RemoveStaleTemporaries(true);
     error.clear();
     if (!replacer->IsReady())
         error = replacer->GetError();

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -19,7 +20,7 @@ namespace VTC {
 // The temporary file is named ".<name>.lqtmp-<pid>-<unique>" and starts
 // empty; writers may also delete and re-create it. Siblings left behind by a
 // process that was killed are removed by the next replacement of the same
-// target.
+// target (by a batch, of any target in the directory).
 class LQ_EXPORT VtFileReplacer {
 public:
     explicit VtFileReplacer(const std::string& target);
@@ -48,8 +49,12 @@ public:
 private:
     friend class VtFileBatch;
 
+    // `sweepSiblings`: remove what dead processes left beside the target first.
+    VtFileReplacer(const std::string& target, bool sweepSiblings);
     bool Fail(const std::string& step);
-    void RemoveStaleSiblings() const;
+    // Removes the temporary files of dead processes in the directory: those
+    // of this target, or with `everyTarget` those of any file.
+    void RemoveStaleTemporaries(bool everyTarget) const;
     // Permissions, rename and (when asked) a sync of the directory; the
     // temporary file must already be on disk.
     bool Install(bool syncDirectory);
@@ -65,7 +70,8 @@ private:
 // each file is written and checked beside its target as with VtFileReplacer,
 // then one sync of the file system makes all of them durable, and only then
 // are they renamed over their targets. Until Commit, no target is touched;
-// files not committed are removed with the batch.
+// files not committed are removed with the batch. Each directory is swept
+// for what dead processes left there once, not once a file.
 class LQ_EXPORT VtFileBatch {
 public:
     // Writes and checks one file; false (the reason in `error`) when that fails.
@@ -76,6 +82,7 @@ public:
 
 private:
     std::vector<std::unique_ptr<VtFileReplacer>> pending_;
+    std::set<std::string> sweptDirectories_;
 };
 
 }  // namespace VTC

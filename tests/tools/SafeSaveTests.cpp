@@ -203,14 +203,26 @@ TEST_F(SafeSaveTest, BatchReplacesNothingBeforeItsCommitAndLeavesNothingBehind)
     }
     EXPECT_EQ(Listing(directory), std::vector<std::string>{"a.txt"});
 
+    // What dead writers left beside any file of the folder goes with the first file of a batch there.
+    const pid_t dead = fork();
+    if (dead == 0)
+        _exit(0);
+    waitpid(dead, nullptr, 0);
+    const std::string live = ".other.txt.lqtmp-" + std::to_string(getpid()) + "-abcdef";
+    for (const std::string& name : {".other.txt.lqtmp-" + std::to_string(dead) + "-abcdef",
+                                    ".b.txt.lqtmp-" + std::to_string(dead) + "-abcdef-journal", live})
+        WriteText(In(name), "half");
+
     VTC::VtFileBatch batch;
     ASSERT_TRUE(batch.Add(In("a.txt"), write("new a"), {}, error)) << error;
+    EXPECT_EQ(Listing(directory).size(), 3u) << "a.txt, its temporary and the live writer's file";
+    EXPECT_TRUE(fs::exists(In(live)));
     ASSERT_TRUE(batch.Add(In("b.txt"), write("new b"), {}, error)) << error;
     EXPECT_FALSE(fs::exists(In("b.txt")));
     ASSERT_TRUE(batch.Commit(error)) << error;
     EXPECT_TRUE(ReadText(In("a.txt")) == "new a");
     EXPECT_TRUE(ReadText(In("b.txt")) == "new b");
-    EXPECT_EQ(Listing(directory), (std::vector<std::string>{"a.txt", "b.txt"}));
+    EXPECT_EQ(Listing(directory), (std::vector<std::string>{live, "a.txt", "b.txt"}));
 }
 
 }  // namespace
