@@ -16,6 +16,10 @@ constexpr int WrappingSub(int a, int b)
 {
     return static_cast<int>(static_cast<unsigned>(a) - static_cast<unsigned>(b));
 }
+constexpr int WrappingMul(int a, int b)
+{
+    return static_cast<int>(static_cast<unsigned>(a) * static_cast<unsigned>(b));
+}
 
 struct LQ_EXPORT ZedaPoint {
     int x = 0;

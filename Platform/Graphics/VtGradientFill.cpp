@@ -5,15 +5,14 @@
 #include <utility>
 
 #include "VtRegion_p.h"
+#include "ZedaGradient.h"
 
 namespace VTC::gfx {
 
 namespace {
 
-struct Vec {
-    double x;
-    double y;
-};
+using ZEDA::ExactPixels;
+using Vec = ExactPixels::Point;
 
 // Calls paint(x, y) for every pixel of `box` on the target and inside `clip`.
 template <typename Paint>
@@ -32,8 +31,7 @@ void ForEachPixel(const RasterView& target, const ZedaRect& box, const cairo_reg
 // distance from it to the far corner, where colour2 is reached.
 std::pair<Vec, double> CentreAndReach(const ZedaRect& box, const GradientParams& params)
 {
-    const Vec centre{(box.left + box.right) / 2.0 + box.Width() * params.offsetX / 100.0,
-                     (box.top + box.bottom) / 2.0 - box.Height() * params.offsetY / 100.0};
+    const Vec centre = ZEDA::GradientCentre<ExactPixels>(box, params.offsetX, params.offsetY);
     const ZEDA::ZedaPoint farCorner = ZEDA::GradientFarCorner(box, params.offsetX, params.offsetY);
     const Vec corner{double(farCorner.x), double(farCorner.y)};
     const double reach = std::hypot(corner.x - centre.x, corner.y - centre.y);
@@ -45,17 +43,14 @@ std::pair<Vec, double> CentreAndReach(const ZedaRect& box, const GradientParams&
 void PaintLinearGradient(const RasterView& target, const ZedaRect& box, const GradientParams& params,
                          const cairo_region_t* clip)
 {
-    // The axis runs along the angle from the corner where it enters the box
-    // to the projection of the opposite corner.
     const double angle = ZEDA::GradientAngle(params.angle);
     const Vec axis{std::cos(angle), -std::sin(angle)};
-    const Vec start{axis.x >= 0 ? double(box.left) : double(box.right),
-                    axis.y >= 0 ? double(box.top) : double(box.bottom)};
-    const Vec opposite{axis.x >= 0 ? double(box.right) : double(box.left),
-                       axis.y >= 0 ? double(box.bottom) : double(box.top)};
+    const ZEDA::GradientAxisCorners corners = ZEDA::GradientAxisCornersOf(box, axis.x, axis.y);
+    const Vec start{double(corners.entry.x), double(corners.entry.y)};
+    const Vec opposite{double(corners.opposite.x), double(corners.opposite.y)};
     const double length = std::max((opposite.x - start.x) * axis.x + (opposite.y - start.y) * axis.y, 1e-9);
     const Vec end{start.x + axis.x * length, start.y + axis.y * length};
-    const Vec shift{params.offsetX * (start.x - end.x) / 100.0, params.offsetY * (start.y - end.y) / 100.0};
+    const Vec shift = ZEDA::GradientAxisShift<ExactPixels>(start, end, params.offsetX, params.offsetY);
     ForEachPixel(target, box, clip, [&](int x, int y) {
         const double px = x + 0.5 + shift.x - start.x;
         const double py = y + 0.5 + shift.y - start.y;

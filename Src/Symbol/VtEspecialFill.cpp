@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstring>
 #include <numbers>
+#include <optional>
 
 #include "LqGraphics.h"
 #include "LqToolkit.h"
@@ -100,6 +101,28 @@ double Distance(const ZedaPoint& a, const ZedaPoint& b)
 
 bool IsNear(double value) { return -kLineTolerance < value && value < kLineTolerance; }
 
+// A gradient axis's direction on screen (y grows downwards).
+struct AxisDirection {
+    double x;
+    double y;
+};
+
+// Angles within the tolerance of a right angle run exactly along an edge,
+// and so does every angle outside 0 to 2 pi, as 0: callers normalise theirs.
+std::optional<AxisDirection> EdgeDirection(double angle)
+{
+    using std::numbers::pi;
+    if (angle < kAngleTolerance || 2 * pi - angle < kAngleTolerance)
+        return AxisDirection{1, 0};
+    if (std::fabs(angle - pi / 2) < kAngleTolerance)
+        return AxisDirection{0, -1};
+    if (std::fabs(angle - pi) < kAngleTolerance)
+        return AxisDirection{-1, 0};
+    if (std::fabs(angle - 3 * pi / 2) < kAngleTolerance)
+        return AxisDirection{0, 1};
+    return std::nullopt;
+}
+
 // The line through p1 and p2 and the point to place, in doubles.
 struct LineAndPoint {
     double x1, y1, x3, y3;
@@ -190,42 +213,16 @@ void VtEspecialFill::GetVerticalPoint(const ZedaPoint& p1, const ZedaPoint& p2, 
 
 void VtEspecialFill::GetEndPointOfColor(double angle, const ZedaRect& rect, ZedaPoint& start, ZedaPoint& end)
 {
-    using std::numbers::pi;
     angle = ZEDA::GradientAngle(angle);
-    const int left = rect.left, top = rect.top, right = rect.right, bottom = rect.bottom;
-    if (angle < kAngleTolerance || 2 * pi - angle < kAngleTolerance) {
-        start = ZedaPoint(left, top);
-        end = ZedaPoint(right, top);
+    if (const std::optional<AxisDirection> edge = EdgeDirection(angle)) {
+        const ZEDA::GradientAxisCorners corners = ZEDA::GradientAxisCornersOf(rect, edge->x, edge->y);
+        start = corners.entry;
+        end = edge->x != 0 ? ZedaPoint(corners.opposite.x, start.y) : ZedaPoint(start.x, corners.opposite.y);
         return;
     }
-    if (std::fabs(angle - pi / 2) < kAngleTolerance) {
-        start = ZedaPoint(left, bottom);
-        end = ZedaPoint(left, top);
-        return;
-    }
-    if (std::fabs(angle - pi) < kAngleTolerance) {
-        start = ZedaPoint(right, top);
-        end = ZedaPoint(left, top);
-        return;
-    }
-    if (std::fabs(angle - 3 * pi / 2) < kAngleTolerance) {
-        start = ZedaPoint(left, top);
-        end = ZedaPoint(left, bottom);
-        return;
-    }
-    if (angle < pi / 2) {
-        start = ZedaPoint(left, bottom);
-        end = ZedaPoint(right, top);
-    } else if (angle < pi) {
-        start = ZedaPoint(right, bottom);
-        end = ZedaPoint(left, top);
-    } else if (angle < 3 * pi / 2) {
-        start = ZedaPoint(right, top);
-        end = ZedaPoint(left, bottom);
-    } else {
-        start = ZedaPoint(left, top);
-        end = ZedaPoint(right, bottom);
-    }
+    const ZEDA::GradientAxisCorners corners = ZEDA::GradientAxisCornersOf(rect, std::cos(angle), -std::sin(angle));
+    start = corners.entry;
+    end = corners.opposite;
     const double diagonal = std::sqrt(static_cast<double>(WrappedSquareSum(rect.Height(), rect.Width())));
     const int directionY = WrappingSub(start.y, TruncateToInt(std::sin(angle) * diagonal));
     const int directionX = WrappingAdd(start.x, TruncateToInt(std::cos(angle) * diagonal));

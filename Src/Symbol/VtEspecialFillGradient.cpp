@@ -95,11 +95,9 @@ struct GradientCentre {
     ZedaPoint farCorner;
 
     GradientCentre(const ZedaRect& rect, int offsetX, int offsetY)
+        : centre(ZEDA::GradientCentre<ZEDA::WholePixels>(rect, offsetX, offsetY)),
+          farCorner(ZEDA::GradientFarCorner(rect, offsetX, offsetY))
     {
-        centre = rect.CenterPoint();
-        centre.x = WrappingAdd(centre.x, WrappingMul(rect.Width(), offsetX) / 100);
-        centre.y = WrappingSub(centre.y, WrappingMul(rect.Height(), offsetY) / 100);
-        farCorner = ZEDA::GradientFarCorner(rect, offsetX, offsetY);
     }
 
     int Radius() const
@@ -243,8 +241,7 @@ struct LinearBands {
             s = -s;
             c = -c;
         }
-        offset = ZedaPoint(WrappingMul(offsetX, WrappingSub(start.x, end.x)) / 100,
-                           WrappingMul(offsetY, WrappingSub(start.y, end.y)) / 100);
+        offset = ZEDA::GradientAxisShift<ZEDA::WholePixels>(start, end, offsetX, offsetY);
         alongX = WrappingSub(WrappingAbs(WrappingSub(sectionStart.y, sectionEnd.y)),
                              WrappingAbs(WrappingSub(sectionStart.x, sectionEnd.x))) <= 0;
         const int a = alongX ? sectionStart.x : sectionStart.y;

@@ -47,11 +47,8 @@ bool DrawOpaqueRectangle(VtGraphics* graphics, const ZEDA::ZedaRect& rect, unsig
 // The geometry's ints are 32-bit two's complement numbers, as the hardware
 // keeps them: what leaves the range wraps around.
 using ZEDA::WrappingAdd;
+using ZEDA::WrappingMul;
 using ZEDA::WrappingSub;
-inline int WrappingMul(int a, int b)
-{
-    return static_cast<int>(static_cast<unsigned>(a) * static_cast<unsigned>(b));
-}
 inline int WrappingAbs(int a) { return a < 0 ? WrappingSub(0, a) : a; }
 
 // The geometry's doubles become ints by truncation; a value the int range
