@@ -10,7 +10,7 @@
 #include "VtObjectAccounting_p.h"
 #include "VtPen.h"
 #include "VtRgn_p.h"
-#include "surfaces/VtSurfaceDevices_p.h"
+#include "surfaces/VtSurfaceDevice_p.h"
 
 namespace VTC {
 
@@ -43,14 +43,6 @@ VtGraphics* VtGraphicsManager::Adopt(std::unique_ptr<gfx::SurfaceDevice> device)
     }
     gfx::CountCreated();
     return new VtGraphics(std::make_unique<VtGraphics::State>(std::move(device)));
-}
-
-VtGraphics* VtGraphicsManager::NewGraphics(int type)
-{
-    if (gfx::TakeFault(VT_FAULT_NEW_GRAPHICS)) {
-        return nullptr;
-    }
-    return Adopt(gfx::MakeNewGraphicsDevice(type == 0 ? GetCurGraphicsType() : type));
 }
 
 VtImage* VtGraphicsManager::NewImage(int type)
@@ -89,34 +81,6 @@ VtRgn* VtGraphicsManager::NewRgn(int type)
 
 int VtGraphicsManager::GetCurGraphicsType() { return g_curGraphicsType.load(); }
 void VtGraphicsManager::SetCurGraphicsType(int type) { g_curGraphicsType.store(type); }
-
-VtGraphics* VtGraphicsManager::CreateWindowGraphics(int width, int height, int bitsPerPixel)
-{
-    return Adopt(gfx::MakeWindowDevice(width, height, bitsPerPixel));
-}
-
-VtGraphics* VtGraphicsManager::CreateImageGraphics(VtImage* target) { return Adopt(gfx::MakeImageDevice(target)); }
-
-VtGraphics* VtGraphicsManager::CreatePrintGraphics(int widthMm10, int heightMm10, int dpi)
-{
-    return Adopt(gfx::MakePrinterDevice(widthMm10, heightMm10, dpi));
-}
-
-VtGraphics* VtGraphicsManager::CreateRecordingGraphics(int width, int height, int bitsPerPixel)
-{
-    return Adopt(gfx::MakeRecordingDevice(width, height, bitsPerPixel));
-}
-
-VtGraphics* VtGraphicsManager::CreateVectorGraphics(const std::string& path, VtVectorFormat format, int width,
-                                                    int height, bool printing)
-{
-    return Adopt(gfx::MakeVectorDevice(path, format, width, height, printing));
-}
-
-VtGraphics* VtGraphicsManager::CreateNativeGradientGraphics(int width, int height, int bitsPerPixel)
-{
-    return Adopt(gfx::MakeNativeGradientDevice(width, height, bitsPerPixel));
-}
 
 void VtGraphicsManager::InjectFault(VtFaultKind what, int skip)
 {

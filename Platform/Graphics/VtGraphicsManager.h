@@ -18,7 +18,9 @@ namespace gfx {
 class SurfaceDevice;
 }
 
-// Factory of every graphics object, and the test seams.
+// Factory of every graphics object, and the test seams. Each surface kind's
+// Create... (and NewGraphics) is defined in its device's file under
+// surfaces/, beside the device it adopts.
 class LQ_EXPORT VtGraphicsManager {
 public:
     // type 0 = the current graphics type: a memory graphics (kind 2), or an

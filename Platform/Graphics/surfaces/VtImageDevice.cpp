@@ -1,5 +1,5 @@
+#include "VtGraphicsManager.h"
 #include "VtRasterDevice_p.h"
-#include "VtSurfaceDevices_p.h"
 
 namespace VTC::gfx {
 
@@ -20,8 +20,6 @@ public:
     }
 };
 
-}  // namespace
-
 std::unique_ptr<SurfaceDevice> MakeImageDevice(VtImage* target)
 {
     if (target == nullptr || !target->IsCreated()) {
@@ -31,6 +29,14 @@ std::unique_ptr<SurfaceDevice> MakeImageDevice(VtImage* target)
     return std::make_unique<ImageDevice>(target, PixelFormat{target->GetBitsPerPixel(), target->IsRedFirst()});
 }
 
+}  // namespace
+
 std::unique_ptr<SurfaceDevice> MakeUnboundImageDevice() { return std::make_unique<ImageDevice>(nullptr); }
 
 }  // namespace VTC::gfx
+
+namespace VTC {
+
+VtGraphics* VtGraphicsManager::CreateImageGraphics(VtImage* target) { return Adopt(gfx::MakeImageDevice(target)); }
+
+}  // namespace VTC

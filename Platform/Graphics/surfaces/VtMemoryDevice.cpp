@@ -1,5 +1,6 @@
+#include "VtGraphicsManager.h"
+#include "VtObjectAccounting_p.h"
 #include "VtRasterDevice_p.h"
-#include "VtSurfaceDevices_p.h"
 
 namespace VTC::gfx {
 
@@ -15,8 +16,7 @@ public:
     int Kind() const override { return VT_SURFACE_MEMORY; }
 };
 
-}  // namespace
-
+// A memory graphics, or an image-backed one (kind 9) selecting no image yet.
 std::unique_ptr<SurfaceDevice> MakeNewGraphicsDevice(int kind)
 {
     if (kind == VT_SURFACE_MEMORY) {
@@ -29,4 +29,18 @@ std::unique_ptr<SurfaceDevice> MakeNewGraphicsDevice(int kind)
     return nullptr;
 }
 
+}  // namespace
+
 }  // namespace VTC::gfx
+
+namespace VTC {
+
+VtGraphics* VtGraphicsManager::NewGraphics(int type)
+{
+    if (gfx::TakeFault(VT_FAULT_NEW_GRAPHICS)) {
+        return nullptr;
+    }
+    return Adopt(gfx::MakeNewGraphicsDevice(type == 0 ? GetCurGraphicsType() : type));
+}
+
+}  // namespace VTC

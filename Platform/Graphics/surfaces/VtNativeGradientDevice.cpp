@@ -1,6 +1,6 @@
+#include "VtGraphicsManager.h"
 #include "VtImage_p.h"
 #include "VtRasterDevice_p.h"
-#include "VtSurfaceDevices_p.h"
 
 namespace VTC::gfx {
 
@@ -32,12 +32,21 @@ public:
     }
 };
 
-}  // namespace
-
 std::unique_ptr<SurfaceDevice> MakeNativeGradientDevice(int width, int height, int bitsPerPixel)
 {
     auto paper = NewSurfacePaper(width, height, {bitsPerPixel, false}, kLog);
     return paper ? std::make_unique<NativeGradientDevice>(std::move(paper)) : nullptr;
 }
 
+}  // namespace
+
 }  // namespace VTC::gfx
+
+namespace VTC {
+
+VtGraphics* VtGraphicsManager::CreateNativeGradientGraphics(int width, int height, int bitsPerPixel)
+{
+    return Adopt(gfx::MakeNativeGradientDevice(width, height, bitsPerPixel));
+}
+
+}  // namespace VTC

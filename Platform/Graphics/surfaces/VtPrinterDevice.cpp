@@ -3,9 +3,9 @@
 #include <cmath>
 
 #include "VtCairoDocument_p.h"
+#include "VtGraphicsManager.h"
 #include "VtImage_p.h"
 #include "VtRasterDevice_p.h"
-#include "VtSurfaceDevices_p.h"
 
 namespace VTC::gfx {
 
@@ -49,8 +49,6 @@ private:
     int dpi_;
 };
 
-}  // namespace
-
 std::unique_ptr<SurfaceDevice> MakePrinterDevice(int widthMm10, int heightMm10, int dpi)
 {
     if (widthMm10 <= 0 || heightMm10 <= 0 || dpi <= 0) {
@@ -67,4 +65,15 @@ std::unique_ptr<SurfaceDevice> MakePrinterDevice(int widthMm10, int heightMm10, 
     return std::make_unique<PrinterDevice>(std::move(paper), dpi);
 }
 
+}  // namespace
+
 }  // namespace VTC::gfx
+
+namespace VTC {
+
+VtGraphics* VtGraphicsManager::CreatePrintGraphics(int widthMm10, int heightMm10, int dpi)
+{
+    return Adopt(gfx::MakePrinterDevice(widthMm10, heightMm10, dpi));
+}
+
+}  // namespace VTC

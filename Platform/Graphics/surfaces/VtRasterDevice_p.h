@@ -60,6 +60,10 @@ private:
     bool recording_ = false;
 };
 
+// An image-backed device with no image selected yet (VtImageDevice.cpp), which
+// NewGraphics makes in place of a memory graphics while the current type is 9.
+std::unique_ptr<SurfaceDevice> MakeUnboundImageDevice();
+
 // White pixels of `format`, owned by the graphics library (not counted).
 std::unique_ptr<VtImage> MakePaper(int width, int height, PixelFormat format);
 

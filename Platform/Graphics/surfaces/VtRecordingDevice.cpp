@@ -1,6 +1,6 @@
 #include "VtCommandList_p.h"
+#include "VtGraphicsManager.h"
 #include "VtRasterDevice_p.h"
-#include "VtSurfaceDevices_p.h"
 
 namespace VTC::gfx {
 
@@ -63,8 +63,6 @@ private:
     std::size_t played_ = 0;
 };
 
-}  // namespace
-
 std::unique_ptr<SurfaceDevice> MakeRecordingDevice(int width, int height, int bitsPerPixel)
 {
     // Recordings stand for paper: 24-bit pixels red first.
@@ -72,4 +70,15 @@ std::unique_ptr<SurfaceDevice> MakeRecordingDevice(int width, int height, int bi
     return paper ? std::make_unique<RecordingDevice>(std::move(paper)) : nullptr;
 }
 
+}  // namespace
+
 }  // namespace VTC::gfx
+
+namespace VTC {
+
+VtGraphics* VtGraphicsManager::CreateRecordingGraphics(int width, int height, int bitsPerPixel)
+{
+    return Adopt(gfx::MakeRecordingDevice(width, height, bitsPerPixel));
+}
+
+}  // namespace VTC

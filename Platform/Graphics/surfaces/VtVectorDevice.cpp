@@ -4,8 +4,8 @@
 #include "VtCairoDocument_p.h"
 #include "VtCommandList_p.h"
 #include "VtGraphicsLog_p.h"
+#include "VtGraphicsManager.h"
 #include "VtMask_p.h"
-#include "VtSurfaceDevices_p.h"
 
 namespace VTC::gfx {
 
@@ -103,8 +103,6 @@ private:
     CommandList commands_;
 };
 
-}  // namespace
-
 std::unique_ptr<SurfaceDevice> MakeVectorDevice(const std::string& path, VtVectorFormat format, int width,
                                                 int height, bool printing)
 {
@@ -115,4 +113,16 @@ std::unique_ptr<SurfaceDevice> MakeVectorDevice(const std::string& path, VtVecto
     return std::make_unique<VectorDevice>(path, format, width, height, printing);
 }
 
+}  // namespace
+
 }  // namespace VTC::gfx
+
+namespace VTC {
+
+VtGraphics* VtGraphicsManager::CreateVectorGraphics(const std::string& path, VtVectorFormat format, int width,
+                                                    int height, bool printing)
+{
+    return Adopt(gfx::MakeVectorDevice(path, format, width, height, printing));
+}
+
+}  // namespace VTC

@@ -1,5 +1,5 @@
+#include "VtGraphicsManager.h"
 #include "VtRasterDevice_p.h"
-#include "VtSurfaceDevices_p.h"
 
 namespace VTC::gfx {
 
@@ -14,12 +14,21 @@ public:
     int Kind() const override { return VT_SURFACE_WINDOW; }
 };
 
-}  // namespace
-
 std::unique_ptr<SurfaceDevice> MakeWindowDevice(int width, int height, int bitsPerPixel)
 {
     auto paper = NewSurfacePaper(width, height, {bitsPerPixel, false}, kLog);
     return paper ? std::make_unique<WindowDevice>(std::move(paper)) : nullptr;
 }
 
+}  // namespace
+
 }  // namespace VTC::gfx
+
+namespace VTC {
+
+VtGraphics* VtGraphicsManager::CreateWindowGraphics(int width, int height, int bitsPerPixel)
+{
+    return Adopt(gfx::MakeWindowDevice(width, height, bitsPerPixel));
+}
+
+}  // namespace VTC
