@@ -67,6 +67,14 @@ private:
     std::size_t size_ = 0;
 };
 
+// Whether width x height pixels of `bpp` bits, rows padded to 4 bytes, are
+// more than an image holds.
+bool IsBeyondLimit(int width, int height, int bpp)
+{
+    const long long rowBytes = (static_cast<long long>(width) * bpp + 31) / 32 * 4;
+    return height > 0 && rowBytes > VtImage::kMaxPixelBytes / height;
+}
+
 }  // namespace
 
 struct VtImage::State : gfx::PooledObject {
@@ -152,7 +160,8 @@ bool VtImageAccess::Allocate(VtImage& image, int width, int height, gfx::PixelFo
                                    const void* bits)
 {
     const int stride = gfx::StrideFor(width, format.bpp);
-    if (width <= 0 || height <= 0 || !gfx::IsSupportedDepth(format.bpp) || stride < 0) {
+    if (width <= 0 || height <= 0 || !gfx::IsSupportedDepth(format.bpp) || stride < 0 ||
+        IsBeyondLimit(width, height, format.bpp)) {
         return false;
     }
     auto& s = *image.state_;
@@ -191,6 +200,24 @@ gfx::RasterView VtImageAccess::ViewForOverwrite(const VtImage& image, const Zeda
     return image.state_->RawView();
 }
 
+namespace {
+
+// Allocates for CreateImage and CreateCompatibleImage, or says why not.
+bool AllocateOrFail(VtImage& image, int width, int height, gfx::PixelFormat format, const void* bits)
+{
+    if (IsBeyondLimit(width, height, format.bpp)) {
+        kLog.Fail("GIm006");
+        return false;
+    }
+    if (!VtImageAccess::Allocate(image, width, height, format, bits)) {
+        kLog.Fail("GIm002");
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
 bool VtImage::CreateCompatibleImage(VtGraphics* reference, int width, int height)
 {
     if (gfx::TakeFault(VT_FAULT_COMPATIBLE_IMAGE)) {
@@ -200,12 +227,7 @@ bool VtImage::CreateCompatibleImage(VtGraphics* reference, int width, int height
         kLog.Fail("GIm001");
         return false;
     }
-    const gfx::PixelFormat format = gfx::CompatibleFormat(*reference);
-    if (!VtImageAccess::Allocate(*this, width, height, format)) {
-        kLog.Fail("GIm002");
-        return false;
-    }
-    return true;
+    return AllocateOrFail(*this, width, height, gfx::CompatibleFormat(*reference), nullptr);
 }
 
 bool VtImage::CreateImage(int width, int height, int planes, int bitsPerPixel, const VtPalette* palette,
@@ -214,8 +236,11 @@ bool VtImage::CreateImage(int width, int height, int planes, int bitsPerPixel, c
     if (gfx::TakeFault(VT_FAULT_CREATE_IMAGE)) {
         return false;
     }
-    if (planes != 1 || !VtImageAccess::Allocate(*this, width, height, {bitsPerPixel, false}, bits)) {
+    if (planes != 1) {
         kLog.Fail("GIm002");
+        return false;
+    }
+    if (!AllocateOrFail(*this, width, height, {bitsPerPixel, false}, bits)) {
         return false;
     }
     if (bitsPerPixel == 8 && palette != nullptr && palette->GetCount() > 0) {

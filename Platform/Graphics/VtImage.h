@@ -45,6 +45,11 @@ public:
     static void* operator new(std::size_t size);
     static void operator delete(void* block, std::size_t size) noexcept;
 
+    // The most bytes of pixels one image holds, rows padded to 4 bytes: 4 GiB
+    // (a 24-bit A0 page at 600 dpi takes 1.7 GB). Larger images are refused
+    // with a record "GIm006" instead of being asked of the memory.
+    static constexpr long long kMaxPixelBytes = 1LL << 32;
+
     // Allocates width x height pixels in the format of `reference`, all bytes 0.
     bool CreateCompatibleImage(VtGraphics* reference, int width, int height);
     // planes must be 1; bits (rows top-down at this image's stride) may be null for all 0.

@@ -80,11 +80,10 @@ TEST_F(Limits, CoordinatesAndOffsetsAtTheIntLimits)
     const ZedaRect rects[] = {{INT_MIN, INT_MIN, INT_MAX, INT_MAX}, {INT_MAX - 15, 0, INT_MAX, 10},
                               {INT_MIN, INT_MIN, INT_MIN + 17, INT_MIN + 17}, {-5, INT_MIN, 20, INT_MAX}};
     const int offsets[] = {INT_MIN, -100, 0, 100, INT_MAX};
-    // Screen surfaces: a page would ask for gradient images as large as the
-    // rectangles, which no memory holds.
     Surface window = Window(30, 30);
+    Surface printer(VtGraphicsManager::CreatePrintGraphics(80, 80, 100));
     Surface native(VtGraphicsManager::CreateNativeGradientGraphics(30, 30, 24));
-    for (VtGraphics* s : {window.get(), native.get()})
+    for (VtGraphics* s : {window.get(), printer.get(), native.get()})
         for (const ZedaRect& rect : rects) {
             for (int kind = VT_GRADIENT_LINEAR; kind <= VT_GRADIENT_SQUARE; ++kind)
                 for (std::size_t i = 0; i < std::size(offsets); ++i)
@@ -108,4 +107,23 @@ TEST_F(Limits, CoordinatesAndOffsetsAtTheIntLimits)
     window->GetTargetImage()->Fill(kPaper);
     EXPECT_TRUE(VtEspecialFill::TransparentRectangle(window.get(), {20, 0, INT_MAX, 10}, kInk, 0));
     EXPECT_EQ(ColoursAt(window.get(), {{19, 5}, {20, 5}, {29, 9}}), (Colours{Rgb(kPaper), Rgb(kInk), Rgb(kInk)}));
+}
+
+// A page is not clipped to the screen, so a gradient's image is as large as
+// its rectangle: one past the image limit (here 12 x 1.7 billion pixels, 60
+// GB) is refused before any memory is asked for, and nothing is drawn.
+TEST_F(Limits, PageGradientsPastTheImageLimitAreRefused)
+{
+    Surface printer(VtGraphicsManager::CreatePrintGraphics(80, 80, 100));
+    printer->GetTargetImage()->Fill(kPaper);
+    const Bytes page = BytesOf(printer->GetTargetImage());
+    for (int kind = VT_GRADIENT_LINEAR; kind <= VT_GRADIENT_SQUARE; ++kind) {
+        EXPECT_FALSE(VtEspecialFill::GradientRectangle(printer.get(), {-5, INT_MIN, 20, INT_MAX}, kFrom, kTo, 0.9, 0,
+                                                       0, kind, 30));
+        std::vector<std::string> codes;
+        for (const VtLogRecord& record : lqtest::TakeLogRecords())
+            codes.push_back(record.code);
+        EXPECT_EQ(codes, (std::vector<std::string>{"GIm006", "EGd004"})) << kind;
+    }
+    EXPECT_EQ(BytesOf(printer->GetTargetImage()), page);
 }

@@ -1,3 +1,4 @@
+#include <climits>
 #include <functional>
 #include <thread>
 #include <tuple>
@@ -232,6 +233,18 @@ TEST(ManagerTest, SurfacesAnswerTheirKindDeviceStateAndWhetherTheyReadBack)
     EXPECT_FALSE(image->SavePng(dir / "never.png"));
     EXPECT_EQ(TakeLog(), (std::vector<std::string>{"300 GMg002", "300 GMg002", "300 GMg001", "300 GIm002",
                                                    "300 GIm001", "300 GIm003"}));
+    // Images past the limit are refused before any memory is asked for, and
+    // so are pages whose pixels would be: a row's padding counts.
+    const int rows = static_cast<int>(VtImage::kMaxPixelBytes / (4 * 65536));
+    EXPECT_FALSE(image->CreateImage(65536, rows + 1, 1, 32, nullptr, nullptr));
+    EXPECT_FALSE(image->CreateImage(1431655765, 3, 1, 8, nullptr, nullptr));  // 2^32 - 1 bytes before padding
+    Owned<VtGraphics> window(Manager::CreateWindowGraphics(4, 4, 32));
+    EXPECT_FALSE(image->CreateCompatibleImage(window.get(), 65536, rows + 1));
+    EXPECT_FALSE(image->CreateImage(INT_MAX, INT_MAX, 1, 32, nullptr, nullptr));
+    EXPECT_EQ(Manager::CreatePrintGraphics(100000, 100000, 600), nullptr);  // 10 m square
+    EXPECT_EQ(TakeLog(), (std::vector<std::string>{"300 GIm006", "300 GIm006", "300 GIm006", "300 GIm006",
+                                                   "300 GMg003"}));
+    EXPECT_FALSE(image->IsCreated());
 }
 
 }  // namespace
