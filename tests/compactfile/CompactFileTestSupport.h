@@ -5,8 +5,6 @@
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -28,17 +26,8 @@ protected:
     lqtest::TempDir temp_{"lq-cf-"};
 };
 
-inline Bytes ReadFileBytes(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-inline void WriteFileBytes(const std::string& path, const Bytes& bytes)
-{
-    std::ofstream(path, std::ios::binary | std::ios::trunc).write(reinterpret_cast<const char*>(bytes.data()),
-                                                                  static_cast<std::streamsize>(bytes.size()));
-}
+using lqtest::ReadFileBytes;
+using lqtest::WriteFile;
 
 inline VTC::VtByteArray ToArray(const Bytes& bytes)
 {

@@ -73,7 +73,7 @@ int Apply(VtCompactFile& file, const std::string& scratch, Ack operation)
         return rc == VT_CF_KEY_NOT_FOUND ? VT_CF_OK : rc;
     }
     if (operation.k != streamedEntry) return file.SetAt(key, ToArray(*state), 0, 0, 0);
-    WriteFileBytes(scratch, *state);
+    WriteFile(scratch, *state);
     return file.SetAtFromFile(key, ZedaUnicodeString::FromUtf8(scratch));
 }
 

@@ -69,7 +69,7 @@ TEST_F(CompactFileTest, WritesUntilFlushAreOneBatchThatAFailedWriteDoesNotSpoil)
 {
     VtCompactFile file, reader;
     ASSERT_EQ(file.Create(UPathOf("lib.cf"), 32, u"", 4), VT_CF_OK);
-    WriteFileBytes(PathOf("in"), Pattern(5, 2 * VtCompactFile::chunkSize + 7));
+    WriteFile(PathOf("in"), Pattern(5, 2 * VtCompactFile::chunkSize + 7));
     ASSERT_EQ(file.SetAtFromFile(u"c", UPathOf("in")), VT_CF_OK);
     ASSERT_EQ(file.SetAt(u"a", ToArray({1}), 0, 0, 0), VT_CF_OK);
     ASSERT_EQ(file.SetAt(u"b", ToArray({2}), 0, 0, 0), VT_CF_OK);
@@ -84,7 +84,7 @@ TEST_F(CompactFileTest, WritesUntilFlushAreOneBatchThatAFailedWriteDoesNotSpoil)
     EXPECT_EQ(Get(file, u"a"), Bytes{3});
     ASSERT_EQ(reader.Open(UPathOf("lib.cf"), u"", 1), VT_CF_OK);
     EXPECT_EQ(reader.GetKeys(), (Keys{u"a", u"b", u"c"}));
-    WriteFileBytes(PathOf("out"), Pattern(1, 3 * VtCompactFile::chunkSize));  // to be replaced, not merged
+    WriteFile(PathOf("out"), Pattern(1, 3 * VtCompactFile::chunkSize));  // to be replaced, not merged
     ASSERT_EQ(reader.LookupToFile(u"c", UPathOf("out")), VT_CF_OK);
     EXPECT_EQ(ReadFileBytes(PathOf("out")), ReadFileBytes(PathOf("in")));
     ASSERT_EQ(file.Close(), VT_CF_OK);
@@ -152,7 +152,7 @@ TEST_F(CompactFileTest, OtherFilesAreRefusedOrOpenAsForeignAndStayUntouched)
     const std::vector<std::pair<std::string, Bytes>> files = {{"random.bin", Pattern(4, 10000)}, {"empty.sym", {}},
         {"short.sym", {'S', 'Q', 'L'}}, {"stream.sym", {20, 0, 0, 0, 'R', 0, 'o', 0, 'o', 0, 't', 0}}, {"damaged.cf", damaged}};
     for (const auto& [name, bytes] : files)
-        WriteFileBytes(PathOf(name), bytes);
+        WriteFile(PathOf(name), bytes);
     RunSql("other.db", "CREATE TABLE t(x); INSERT INTO t VALUES(1);");
     RunSql("wal.db", "PRAGMA journal_mode=WAL; CREATE TABLE t(x); INSERT INTO t VALUES(1);");
     RunSql("lookalike.db", "CREATE TABLE meta(name TEXT PRIMARY KEY NOT NULL, value NOT NULL);"

@@ -91,10 +91,10 @@ TEST(SurfaceTest, PrinterPagesAndVectorDocumentsAreWrittenWellFormed)
     FillRect(*printer, {100, 100, 200, 200}, kRed);  // 10 mm square from 1 cm in
     EXPECT_EQ(ColourBounds(*printer->GetTargetImage(), kRed), ZedaRect(50, 50, 100, 100));
     ASSERT_TRUE(printer->SavePng(dir / "page.png"));
-    EXPECT_EQ(ReadFileBytes(dir / "page.png").substr(0, 24),
+    EXPECT_EQ(ReadFileText(dir / "page.png").substr(0, 24),
               std::string("\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR\0\0\0\xfa\0\0\0\x96", 24));  // 250 x 150
     ASSERT_TRUE(printer->SavePdf(dir / "page.pdf"));
-    const std::string pdf = ReadFileBytes(dir / "page.pdf");
+    const std::string pdf = ReadFileText(dir / "page.pdf");
     EXPECT_EQ(pdf.substr(0, 5), "%PDF-");
     EXPECT_NE(pdf.find("/MediaBox [ 0 0 141.732283 85.03937 ]"), std::string::npos);  // 50 x 30 mm
     EXPECT_NE(pdf.find("%%EOF"), std::string::npos);
@@ -113,11 +113,11 @@ TEST(SurfaceTest, PrinterPagesAndVectorDocumentsAreWrittenWellFormed)
         EXPECT_EQ(TakeLog(), (std::vector<std::string>{"300 GGr011", "300 GGr010", "300 GGr013"}));
         ASSERT_TRUE(svg->SavePdf(dir / "copy.pdf"));
     }
-    const std::string svg = ReadFileBytes(dir / "doc.svg");
+    const std::string svg = ReadFileText(dir / "doc.svg");
     EXPECT_NE(svg.find("<svg"), std::string::npos);
     EXPECT_NE(svg.find("rgb(100%,0%,0%)"), std::string::npos);
     EXPECT_NE(svg.find("</svg>"), std::string::npos);
-    EXPECT_NE(ReadFileBytes(dir / "copy.pdf").find("%%EOF"), std::string::npos);
+    EXPECT_NE(ReadFileText(dir / "copy.pdf").find("%%EOF"), std::string::npos);
 }
 
 TEST(SurfaceTest, RecordingReplaysOntoAnySurfaceAndReadsBackByReplaying)

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <string>
@@ -154,11 +153,7 @@ inline std::vector<std::string> TakeLog()
     return records;
 }
 
-inline std::string ReadFileBytes(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
+using lqtest::ReadFileText;
 
 using lqtest::TempDir;
 

@@ -3,9 +3,7 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <memory>
 #include <random>
@@ -17,6 +15,7 @@
 #include "LineSymbolLib.h"
 #include "LqCompactFile.h"
 #include "LqStream.h"
+#include "LqTestSupport.h"
 #include "LqToolkit.h"
 #include "MarkerSymbolLib.h"
 #include "VtSymbolGroup.h"
@@ -27,6 +26,7 @@ namespace fs = std::filesystem;
 using namespace LqExample;
 using VTC::VtSymbolGroup;
 using ZEDA::ZedaUnicodeString;
+using lqtest::ReadFileBytes;
 
 constexpr unsigned int containerForm = VTC::VtSymbolLib::containerVersion;
 constexpr unsigned int oldStreamForm = 20050302;  // group records carry the legacy value
@@ -37,39 +37,16 @@ ZedaUnicodeString U(const std::string& text)
     return ZedaUnicodeString::FromUtf8(text);
 }
 
-std::vector<unsigned char> ReadBytes(const fs::path& path)
+// TMPDIR points into a private directory, so the cache files that libraries
+// make and delete there can be counted. Made before any test runs: the
+// temporary directory tests read TMPDIR too.
+const lqtest::PrivateTmpdir& PrivateFolder()
 {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    static const lqtest::PrivateTmpdir folder("lq-examples-");
+    return folder;
 }
 
-// TMPDIR points into a private directory, so the cache files that libraries
-// make and delete there can be counted.
-class PrivateTemporaryDirectory : public ::testing::Environment {
-public:
-    void SetUp() override
-    {
-        std::string pattern = (fs::temp_directory_path() / "lq-examples-XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        Root() = pattern;
-        fs::create_directory(Temporary());
-        setenv("TMPDIR", Temporary().c_str(), 1);
-    }
-    void TearDown() override
-    {
-        std::error_code ignored;
-        fs::remove_all(Root(), ignored);
-    }
-    static std::string& Root()
-    {
-        static std::string root;
-        return root;
-    }
-    static std::string Temporary() { return Root() + "/tmp"; }
-};
-
-[[maybe_unused]] const auto* const environment =
-    ::testing::AddGlobalTestEnvironment(new PrivateTemporaryDirectory);
+[[maybe_unused]] const lqtest::PrivateTmpdir& madeAtStart = PrivateFolder();
 
 // Files in the library's own folder inside that directory.
 std::size_t TemporaryFileCount()
@@ -162,9 +139,7 @@ class ExampleLibraryTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        std::string pattern = PrivateTemporaryDirectory::Root() + "/work-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        work = pattern;
+        work = lqtest::MakeFolder(PrivateFolder().Root(), "work-").string();
     }
     void TearDown() override
     {
@@ -258,17 +233,16 @@ TEST_F(ExampleLibraryTest, CacheNextToTheLibraryFileIsReadButNotWritten)
     FillMarkers(original);
     const std::string path = Work("shipped.lqm");
     ASSERT_EQ(original.SaveToFile(U(path), newStreamForm), 1);
-    std::vector<unsigned char> bytes = ReadBytes(path);
+    std::vector<unsigned char> bytes = ReadFileBytes(path);
     const std::vector<unsigned char> marker{5, 0, 0, 0, 'C', 0, 'a', 0, 'c', 0, 'h', 0, 'e', 0};
     const auto section = std::find_end(bytes.begin(), bytes.end(), marker.begin(), marker.end());
     ASSERT_NE(section, bytes.end());
     bytes.erase(section, bytes.end());
-    std::ofstream(path, std::ios::binary | std::ios::trunc)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    lqtest::WriteFile(path, bytes);
     const ZedaUnicodeString cache = original.GetCachePath();
     for (const char* extension : {"lock", "sc", "sc00"})
         fs::copy_file(VTC::VtFile::ChangeExt(cache, U(extension)).ToUtf8(), Work(std::string("shipped.") + extension));
-    const std::vector<unsigned char> shippedData = ReadBytes(Work("shipped.sc"));
+    const std::vector<unsigned char> shippedData = ReadFileBytes(Work("shipped.sc"));
 
     MarkerSymbolLib lib;
     ASSERT_EQ(lib.LoadFromFile(U(path)), 1) << lib.GetLastError();
@@ -278,7 +252,7 @@ TEST_F(ExampleLibraryTest, CacheNextToTheLibraryFileIsReadButNotWritten)
 
     ASSERT_TRUE(lib.SetSymbolImage(5, Picture(9, 9, 5))) << lib.GetLastError();
     EXPECT_NE(lib.GetCachePath(), U(path));  // moved to a copy in the temporary directory
-    EXPECT_EQ(ReadBytes(Work("shipped.sc")), shippedData);
+    EXPECT_EQ(ReadFileBytes(Work("shipped.sc")), shippedData);
     RasterImage picture;
     ASSERT_TRUE(lib.GetSymbolImage(5, picture));
     EXPECT_EQ(picture, Picture(9, 9, 5));
@@ -418,7 +392,7 @@ TEST_F(ExampleLibraryTest, RefusedAppendsAndSavesChangeNothing)
     MarkerSymbolLib source;
     FillMarkers(source);
     ASSERT_EQ(source.SaveToFile(U(Work("source.lqm")), newStreamForm), 1);
-    const std::vector<unsigned char> whole = ReadBytes(Work("source.lqm"));
+    const std::vector<unsigned char> whole = ReadFileBytes(Work("source.lqm"));
 
     MarkerSymbolLib target;
     target.AddSymbol(new MarkerSymbol(1, u"kept", MarkerShape::Square, 5, 0), nullptr);
@@ -458,7 +432,7 @@ TEST_F(ExampleLibraryTest, DamagedStreamsFailCleanly)
     FillMarkers(original);
     const std::string path = Work("whole.lqm");
     ASSERT_EQ(original.SaveToFile(U(path), newStreamForm), 1);
-    const std::vector<unsigned char> whole = ReadBytes(path);
+    const std::vector<unsigned char> whole = ReadFileBytes(path);
 
     auto load = [](const std::vector<unsigned char>& bytes, MarkerSymbolLib& lib) {
         VTC::VtMemoryStream stream;

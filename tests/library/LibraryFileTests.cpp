@@ -35,7 +35,7 @@ TEST_F(LibraryFileTest, ContainerFormRoundTripAndRewriteInPlace)
     Bytes expected;
     for (const unsigned int fileVersion : {0u, 20120328u}) {
         SCOPED_TRACE(fileVersion);
-        WriteText(path, "an older file, replaced");
+        WriteFile(path, "an older file, replaced");
         CacheLibrary lib;
         Populate(lib);
         expected = Image(lib);
@@ -84,7 +84,7 @@ TEST_F(LibraryFileTest, StreamFormRoundTripCarriesTheCache)
         EXPECT_TRUE(lib.Storage() == nullptr && lib.IsModified() == 0 && lib.hooks.empty());
         // The resources moved to a fresh cache name; the old files are gone.
         EXPECT_NE(lib.GetCachePath(), oldCache);  // and the fixture sees that the old files are gone
-        EXPECT_EQ(ReadText(VtFile::ChangeExt(lib.GetCachePath(), u"sc")), "resource.sc");
+        EXPECT_EQ(ReadFileText(VtFile::ChangeExt(lib.GetCachePath(), u"sc")), "resource.sc");
     }
     CacheLibrary loaded;
     ASSERT_EQ(loaded.LoadFromFile(path), 1);
@@ -92,7 +92,7 @@ TEST_F(LibraryFileTest, StreamFormRoundTripCarriesTheCache)
     EXPECT_EQ(loaded.GetVersion(), 20050302u);
     EXPECT_EQ(loaded.IsModified(), 1);
     EXPECT_TRUE(loaded.GetLibPath() == path && loaded.Storage() == nullptr);
-    EXPECT_EQ(ReadText(VtFile::ChangeExt(loaded.GetCachePath(), u"sc00")), "resource.sc00");
+    EXPECT_EQ(ReadFileText(VtFile::ChangeExt(loaded.GetCachePath(), u"sc00")), "resource.sc00");
 }
 
 TEST_F(LibraryFileTest, FilesThatHoldNoLibraryLoadAndAppendNothing)
@@ -109,7 +109,7 @@ TEST_F(LibraryFileTest, FilesThatHoldNoLibraryLoadAndAppendNothing)
         EXPECT_TRUE(lib.GetLibPath().IsEmpty() && lib.GetCachePath().IsEmpty() && lib.hooks.empty() && !lib.Storage());
         ASSERT_EQ(lib.SaveToFile(container, 0), 1);
         ASSERT_EQ(lib.SaveToFile(stream, 20050302), 1);
-        WriteText(empty, "");
+        WriteFile(empty, "");
         VtCompactFile keyless;
         ASSERT_EQ(keyless.Create(Work("keyless.cf"), 32, u"", VTC::VT_CF_MODE_READWRITE), VTC::VT_CF_OK);
     }
@@ -145,13 +145,13 @@ TEST_F(LibraryFileTest, DestructorLeavesExternalStorageAndOutsideCachesAlone)
     VtCompactFile external;
     ASSERT_EQ(external.Create(Work("external.cf"), 32, u"", VTC::VT_CF_MODE_READWRITE), VTC::VT_CF_OK);
     for (const char* extension : {"lock", "sc", "sc00", "tmp"})
-        WriteText(Work(std::string("lib.") + extension), extension);
+        WriteFile(Work(std::string("lib.") + extension), extension);
     {
         CacheLibrary lib;
         ASSERT_EQ(lib.SaveToFile(Work("owned.cf"), 0), 1);
         lib.SetExternalStorage(&external);  // releases the owned container
         // Loading a stream file lets go of the container, as a null hand-over does, and leaves the flag.
-        WriteText(Work("empty.sym"), "");
+        WriteFile(Work("empty.sym"), "");
         EXPECT_EQ(lib.LoadFromFile(Work("empty.sym")), 0);
         EXPECT_EQ(lib.Storage(), nullptr);
         EXPECT_EQ(lib.StorageIsExternal(), 1);
@@ -176,14 +176,14 @@ TEST_F(LibraryFileTest, DamagedFilesNeverCrash)
         ASSERT_EQ(lib.SaveToFile(Work("lib.cf"), 0), 1);
     }
     const auto tryFile = [this](const Bytes& bytes) {
-        WriteBytes(Work("damaged").ToUtf8(), bytes);
+        WriteFile(Work("damaged").ToUtf8(), bytes);
         CacheLibrary lib(static_cast<int>(bytes.size() % 3));
         lib.LoadFromFile(Work("damaged"));
         lib.AppendFromFile(Work("damaged"), 0);
         lib.LoadFromFile(Work("damaged"));
     };
-    const auto stream = ReadBytes(Work("lib.sym").ToUtf8());
-    const auto container = ReadBytes(Work("lib.cf").ToUtf8());
+    const auto stream = ReadFileBytes(Work("lib.sym").ToUtf8());
+    const auto container = ReadFileBytes(Work("lib.cf").ToUtf8());
     for (const auto& [file, step] : {std::pair{stream, 1}, {container, 509}}) {
         for (std::size_t length = 0; length <= file.size(); length += step)
             tryFile({file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length)});

@@ -1,15 +1,12 @@
 #pragma once
 
-// A private temporary directory, a work directory per test, file helpers, and
-// a library that carries its cache section and records its resource hooks.
+// A private temporary directory, a work directory per test, and a library
+// that carries its cache section and records its resource hooks.
 
-#include <algorithm>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "LqCompactFile.h"
+#include "LqTestSupport.h"
 #include "TestLibrary.h"
 
 namespace lqtest {
@@ -20,52 +17,12 @@ using VTC::VtCompactFile;
 using VTC::VtFile;
 using VTC::VtMemoryStream;
 
-inline std::string MakeTempDirectory(const fs::path& parent, const std::string& prefix)
+// The process's private temporary folder, made on first use: TMPDIR points
+// into it, so files that the library deletes from it can never be anyone else's.
+inline const PrivateTmpdir& PrivateFolder()
 {
-    std::string pattern = (parent / (prefix + "XXXXXX")).string();
-    if (mkdtemp(pattern.data()) == nullptr)
-        ADD_FAILURE() << "mkdtemp failed under " << parent;
-    return pattern;
-}
-
-// The process's private temporary directory, made on first use: TMPDIR points
-// there, so files that the library deletes from it can never be anyone else's.
-inline const std::string& TemporaryDirectory()
-{
-    static const struct Private {
-        std::string root = MakeTempDirectory(fs::temp_directory_path(), "lq-library-");
-        std::string tmp = root + "/tmp";
-        Private()
-        {
-            fs::create_directory(tmp);
-            setenv("TMPDIR", tmp.c_str(), 1);
-        }
-        ~Private() { fs::remove_all(root); }
-    } directory;
-    return directory.tmp;
-}
-
-inline Bytes ReadBytes(const fs::path& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-inline std::string ReadText(const ZedaUnicodeString& path)
-{
-    const Bytes bytes = ReadBytes(path.ToUtf8());
-    return {bytes.begin(), bytes.end()};
-}
-
-inline void WriteBytes(const fs::path& path, const Bytes& bytes)
-{
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-}
-
-inline void WriteText(const ZedaUnicodeString& path, const std::string& text)
-{
-    WriteBytes(path.ToUtf8(), Bytes(text.begin(), text.end()));
+    static const PrivateTmpdir folder("lq-library-");
+    return folder;
 }
 
 // Gives `lib` a fresh temporary cache whose files hold `text` and their extension.
@@ -74,7 +31,7 @@ inline ZedaUnicodeString MakeCache(TestLibrary& lib, const std::string& text)
     const ZedaUnicodeString cache = lib.GetAvailableCachePath();
     lib.SetCachePath(cache);
     for (const char* extension : {"lock", "sc", "sc00"})
-        WriteText(VtFile::ChangeExt(cache, ZedaUnicodeString::FromUtf8(extension)), text + "." + extension);
+        WriteFile(VtFile::ChangeExt(cache, ZedaUnicodeString::FromUtf8(extension)).ToUtf8(), text + "." + extension);
     return cache;
 }
 
@@ -82,10 +39,10 @@ inline ZedaUnicodeString MakeCache(TestLibrary& lib, const std::string& text)
 // and must leave the temporary directory empty.
 class LibraryFileTest : public ::testing::Test {
 protected:
-    void SetUp() override { work = MakeTempDirectory(fs::path(TemporaryDirectory()).parent_path(), "work-"); }
+    void SetUp() override { work = MakeFolder(PrivateFolder().Root(), "work-").string(); }
     void TearDown() override
     {
-        const std::string own = VtFile::GetTemporaryPath().ToUtf8();  // the library's folder in TemporaryDirectory()
+        const std::string own = VtFile::GetTemporaryPath().ToUtf8();  // the library's folder in PrivateFolder().Tmp()
         EXPECT_TRUE(fs::is_empty(own)) << "files left in the temporary directory";
         fs::remove_all(work);
         for (const auto& entry : fs::directory_iterator(own))

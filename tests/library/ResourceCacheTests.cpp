@@ -80,13 +80,13 @@ TEST_F(LibraryFileTest, CacheFilesAreNamedAndDeletedOnlyInTheTemporaryDirectory)
     EXPECT_TRUE(first != second && first.Find(VtFile::GetTemporaryPath()) == 0);
     EXPECT_EQ(lib.DeleteCacheFile(VTC::g_stStringBlank), 1);
     for (const char16_t* extension : {u"lock", u"sc", u"sc00", u"tmp"})
-        WriteText(VtFile::ChangeExt(Work("lib.sc"), extension), "keep");
+        WriteFile(VtFile::ChangeExt(Work("lib.sc"), extension), "keep");
     EXPECT_EQ(lib.DeleteCacheFile(Work("lib.sc")), 1);
     EXPECT_EQ(std::distance(fs::directory_iterator(work), {}), 4);
     // Missing files are no failure; the first failed deletion (of "sc", a folder) stops the rest.
     EXPECT_EQ(lib.DeleteCacheFile(first), 1);
     fs::create_directories(VtFile::ChangeExt(second, u"sc").ToUtf8() + "/inside");
-    WriteText(VtFile::ChangeExt(second, u"sc00"), "x");
+    WriteFile(VtFile::ChangeExt(second, u"sc00"), "x");
     EXPECT_EQ(lib.DeleteCacheFile(second), 0);
     EXPECT_TRUE(VtFile::IsExist(VtFile::ChangeExt(second, u"sc00")) && VtFile::IsExist(VtFile::ChangeExt(second, u"tmp")));
     fs::remove_all(VtFile::ChangeExt(second, u"sc").ToUtf8());
@@ -109,9 +109,9 @@ TEST_F(LibraryFileTest, CacheSectionsCarryHalfTheStampAndEitherKindReadsThem)
             lib.LoadCacheFromLib(stream);
             EXPECT_EQ(stream.GetPosition(), stream.GetLength());
             EXPECT_EQ(lib.GetCachePath().Find(VtFile::GetTemporaryPath()), 0);
-            EXPECT_EQ(ReadText(VtFile::ChangeExt(lib.GetCachePath(), u"sc")), "x.sc");
-            EXPECT_EQ(ReadText(VtFile::ChangeExt(lib.GetCachePath(), u"sc00")), "x.sc00");
-            EXPECT_EQ(ReadBytes(VtFile::ChangeExt(lib.GetCachePath(), u"lock").ToUtf8()), Section().Str("lock").data);
+            EXPECT_EQ(ReadFileText(VtFile::ChangeExt(lib.GetCachePath(), u"sc")), "x.sc");
+            EXPECT_EQ(ReadFileText(VtFile::ChangeExt(lib.GetCachePath(), u"sc00")), "x.sc00");
+            EXPECT_EQ(ReadFileBytes(VtFile::ChangeExt(lib.GetCachePath(), u"lock").ToUtf8()), Section().Str("lock").data);
         }
     }
     // Without all three files nothing is written.
@@ -171,7 +171,7 @@ TEST_F(LibraryFileTest, TailsAfterTheImageAreReadOnlyAsSectionsOfTheRightKind)
         const bool fresh = cache.Find(VtFile::GetTemporaryPath()) == 0;
         const long long stop = stream.GetPosition();
         return std::string(stop == 5 ? "kept " : stop == stream.GetLength() ? "read " : "? ") +
-               (fresh ? "fresh " : cache == Work("lib.sym") ? "beside " : "? ") + ReadText(VtFile::ChangeExt(cache, u"sc00"));
+               (fresh ? "fresh " : cache == Work("lib.sym") ? "beside " : "? ") + ReadFileText(VtFile::ChangeExt(cache, u"sc00"));
     };
     const auto section = [](const std::string& stamp) {
         return Section().Str("Cache").Int64(2 * static_cast<long long>(stamp.size())).Units(stamp).File("a").File("b").data;
@@ -189,7 +189,7 @@ TEST_F(LibraryFileTest, TailsAfterTheImageAreReadOnlyAsSectionsOfTheRightKind)
     };
     for (const auto& [libType, tail, expected] : cases)
         EXPECT_EQ(load(libType, tail), expected) << tail.size();
-    WriteText(Work("lib.sc"), "beside");  // a short tail keeps a cache next to the library file
+    WriteFile(Work("lib.sc"), "beside");  // a short tail keeps a cache next to the library file
     EXPECT_EQ(load(0, Bytes(1, 1)), "kept beside ");
 }
 
@@ -201,7 +201,7 @@ TEST_F(LibraryFileTest, LargeCacheFilesMoveInTwoMebibyteChunks)
         for (std::size_t i = 0; i < contents.size(); ++i)
             contents[i] = static_cast<unsigned char>(i * 31 + i / 4096);
         ZedaUnicodeString source = Work("source.sc");
-        WriteBytes(source.ToUtf8(), contents);
+        WriteFile(source.ToUtf8(), contents);
 
         CacheLibrary lib;
         RecordingStream stream;
@@ -220,7 +220,7 @@ TEST_F(LibraryFileTest, LargeCacheFilesMoveInTwoMebibyteChunks)
         lib.CopyStreamToCache(stream, target);
         EXPECT_EQ(stream.sizes, expected);
         EXPECT_EQ(stream.GetPosition(), size + 8);
-        EXPECT_EQ(ReadBytes(target.ToUtf8()), contents);
+        EXPECT_EQ(ReadFileBytes(target.ToUtf8()), contents);
     }
 }
 
@@ -229,7 +229,7 @@ TEST_F(LibraryFileTest, LargeCacheFilesMoveInTwoMebibyteChunks)
 TEST_F(LibraryFileTest, UnopenableFilesAndDamagedSectionsStayBounded)
 {
     CacheLibrary lib;
-    WriteText(Work("empty.sc"), "");
+    WriteFile(Work("empty.sc"), "");
     VtMemoryStream out;
     out.Open(VTC::VT_STREAM_WRITE);
     for (ZedaUnicodeString path : {Work("missing.sc"), Work("empty.sc")})

@@ -107,8 +107,8 @@ TEST_F(LibraryCommandTest, EditsMakeTheLibraryTheyDescribe)
                   "--outline", "#80202020", "--rotation", "15", "--group", "Signs/Stars", "-q"}),
               "1\n");
     const RasterImage ramp = Ramp(20, 10);
-    WriteText(In("ramp.png"), LqTool::EncodePng(ramp));
-    WriteText(In("disc.svg"), discSvg);
+    WriteFile(In("ramp.png"), LqTool::EncodePng(ramp));
+    WriteFile(In("disc.svg"), discSvg);
     EXPECT_EQ(Ok({"add", lib, "--name", "ramp", "--picture", In("ramp.png"), "--size", "20", "--group", "Pictures"}),
               "2\n");
     EXPECT_EQ(Ok({"add", lib, "--name", "disc", "--picture", In("disc.svg"), "--size", "48", "--group", "Pictures"}),
@@ -172,7 +172,7 @@ TEST_F(LibraryCommandTest, RefusalsLeaveTheFileAsItWas)
     Ok({"new", lib, "--kind", "marker"});
     Ok({"add", lib, "--name", "dot", "--shape", "circle", "--size", "8", "--colour", "#000000", "--group", "A/B"});
     Ok({"group", lib, "create", "C"});
-    const std::string bytes = ReadText(lib);
+    const std::string bytes = ReadFileText(lib);
     const struct {
         std::vector<std::string> command;
         int code;
@@ -207,13 +207,13 @@ TEST_F(LibraryCommandTest, RefusalsLeaveTheFileAsItWas)
         EXPECT_EQ(run.code, c.code) << c.command[0] << " " << c.command[2] << ": " << run.err;
         EXPECT_NE(run.err.find(c.message), std::string::npos) << run.err;
         EXPECT_EQ(run.out, "");
-        EXPECT_TRUE(ReadText(lib) == bytes) << c.command[0] << " " << c.command[2] << " changed the file";
+        EXPECT_TRUE(ReadFileText(lib) == bytes) << c.command[0] << " " << c.command[2] << " changed the file";
     }
     fs::permissions(lib, fs::perms::owner_read);
     const Outcome protectedFile = Lq({"rename", lib, "1", "y"});
     EXPECT_EQ(protectedFile.code, 1);
     EXPECT_NE(protectedFile.err.find("write-protected"), std::string::npos);
-    EXPECT_TRUE(ReadText(lib) == bytes);
+    EXPECT_TRUE(ReadFileText(lib) == bytes);
     EXPECT_EQ(Listing(directory), std::vector<std::string>{"lib.lqc"});
 }
 
@@ -221,12 +221,12 @@ TEST_F(LibraryCommandTest, AddFolderFilesPicturesByFolderUnderFreeNames)
 {
     const std::string icons = In("icons");
     fs::create_directories(icons + "/sub/deeper");
-    WriteText(icons + "/a.svg", discSvg);
-    WriteText(icons + "/b.PNG", LqTool::EncodePng(Ramp(16, 8)));
-    WriteText(icons + "/broken.svg", "<svg");
-    WriteText(icons + "/notes.txt", "not a picture");
-    WriteText(icons + "/sub/a.svg", discSvg);
-    WriteText(icons + "/sub/deeper/c.svg", discSvg);
+    WriteFile(icons + "/a.svg", discSvg);
+    WriteFile(icons + "/b.PNG", LqTool::EncodePng(Ramp(16, 8)));
+    WriteFile(icons + "/broken.svg", "<svg");
+    WriteFile(icons + "/notes.txt", "not a picture");
+    WriteFile(icons + "/sub/a.svg", discSvg);
+    WriteFile(icons + "/sub/deeper/c.svg", discSvg);
     const std::string lib = In("icons.lqs");
     Ok({"new", lib, "--kind", "marker"});
     const Outcome run = Lq({"add-folder", lib, icons, "--size", "16"});
@@ -246,13 +246,13 @@ TEST_F(LibraryCommandTest, AddFolderFilesPicturesByFolderUnderFreeNames)
     const Outcome lines = Lq({"add-folder", In("lines.lqc"), icons});
     EXPECT_EQ(lines.code, 1) << "no such file";
     // The folder is an input: one that is missing or is a file cannot be read.
-    const std::string bytes = ReadText(lib);
+    const std::string bytes = ReadFileText(lib);
     for (const auto& [folder, message] : {std::pair{In("nowhere"), "no such folder"},
                                           std::pair{icons + "/a.svg", "is not a folder"}}) {
         const Outcome unreadable = Lq({"add-folder", lib, folder});
         EXPECT_EQ(unreadable.code, 1) << folder;
         EXPECT_NE(unreadable.err.find(message), std::string::npos) << unreadable.err;
-        EXPECT_TRUE(ReadText(lib) == bytes);
+        EXPECT_TRUE(ReadFileText(lib) == bytes);
     }
 }
 
@@ -287,11 +287,11 @@ TEST_F(LibraryCommandTest, MergeRenumbersRenamesAndMergesGroupsWithPictures)
     EXPECT_EQ(dynamic_cast<const LqExample::MarkerSymbol*>(result->GetSymbolByID(3))->size, 30);
 
     Ok({"new", In("lines.lqc"), "--kind", "line"});
-    const std::string before = ReadText(first);
+    const std::string before = ReadFileText(first);
     EXPECT_EQ(Lq({"merge", first, In("lines.lqc"), "-o", In("mixed.lqc")}).code, 2);
     EXPECT_EQ(Lq({"merge", first, second, "-o", second, "--force"}).code, 2);
     EXPECT_EQ(Lq({"merge", first, second, "-o", merged}).code, 2);
-    EXPECT_TRUE(ReadText(first) == before);
+    EXPECT_TRUE(ReadFileText(first) == before);
     EXPECT_FALSE(fs::exists(In("mixed.lqc")));
 }
 
@@ -313,7 +313,7 @@ TEST_F(LibraryCommandTest, ThumbnailsAreTransparentSquaresAndSheetsLabelEveryGro
         RasterImage thumbnail;
         std::string error;
         ASSERT_TRUE(LqTool::ReadPng(path, thumbnail, error)) << path << ": " << error;
-        EXPECT_EQ(ReadText(path)[25], 6) << path << " is RGBA";
+        EXPECT_EQ(ReadFileText(path)[25], 6) << path << " is RGBA";
         EXPECT_EQ(thumbnail.width, side);
         EXPECT_EQ(thumbnail.height, side);
         int opaque = 0;
@@ -336,12 +336,12 @@ TEST_F(LibraryCommandTest, ThumbnailsAreTransparentSquaresAndSheetsLabelEveryGro
     // A file where an output folder goes is a refused output, and nothing is written.
     for (const auto& command : {std::vector<std::string>{"thumbnails", markers, "-o", lines},
                                 std::vector<std::string>{"export", markers, "--json", "--images", lines}}) {
-        const std::string before = ReadText(lines);
+        const std::string before = ReadFileText(lines);
         const Outcome refused = Lq(command);
         EXPECT_EQ(refused.code, 2) << command[0] << ": " << refused.err;
         EXPECT_NE(refused.err.find("is not a directory"), std::string::npos) << refused.err;
         EXPECT_EQ(refused.out, "");
-        EXPECT_TRUE(ReadText(lines) == before);
+        EXPECT_TRUE(ReadFileText(lines) == before);
     }
 
     EXPECT_EQ(Ok({"sheet", markers, "-o", In("sheet.png")}), In("sheet.png") + "\n");
@@ -363,7 +363,7 @@ void MakeAwkwardLibrary(const std::string& lib, const std::string& scratch,
                         const std::function<void(const std::vector<std::string>&)>& ok)
 {
     ok({"new", lib, "--kind", "marker"});
-    WriteText(scratch + "/ramp.png", LqTool::EncodePng(Ramp(20, 12)));
+    WriteFile(scratch + "/ramp.png", LqTool::EncodePng(Ramp(20, 12)));
     ok({"add", lib, "--name", "Straße/Weg", "--shape", "arrow", "--size", "33", "--colour", "#7F10A0F0",
         "--outline", "#FF000000", "--rotation", "12.345678901234567", "--group", "Wege\\/Straßen/Nebenwege"});
     ok({"add", lib, "--name", "ramp", "--picture", scratch + "/ramp.png", "--size", "20"});
@@ -398,12 +398,12 @@ TEST_F(LibraryCommandTest, ExportThenImportGivesTheSameLibraryInEitherForm)
 
     // The export of the copy is the export of the original, byte for byte, but for the file's own facts.
     const auto symbolsAndGroups = [](const std::string& json) {
-        const auto document = nlohmann::json::parse(ReadText(json));
+        const auto document = nlohmann::json::parse(ReadFileText(json));
         return document["symbolList"].dump() + document["groups"].dump();
     };
     Ok({"export", In("copy.lqc"), "--json", "-o", In("again.json")});
     EXPECT_EQ(symbolsAndGroups(In("again.json")), symbolsAndGroups(In("embedded.json")));
-    const auto document = nlohmann::json::parse(ReadText(In("embedded.json")));
+    const auto document = nlohmann::json::parse(ReadFileText(In("embedded.json")));
     EXPECT_EQ(document["symbolList"][0]["colour"], "#7F10A0F0");
     EXPECT_EQ(document["symbolList"][0]["outlineColour"], "#000000");
 }
@@ -413,14 +413,14 @@ TEST_F(LibraryCommandTest, ImportRefusesDocumentsThatDoNotDescribeALibrary)
     const std::string original = In("original.lqs");
     MakeAwkwardLibrary(original, directory, [](const std::vector<std::string>& command) { Ok(command); });
     Ok({"export", original, "--json", "-o", In("good.json"), "--images", In("pictures")});
-    const auto good = nlohmann::json::parse(ReadText(In("good.json")));
+    const auto good = nlohmann::json::parse(ReadFileText(In("good.json")));
     const auto variant = [&](const std::string& name, const std::function<void(nlohmann::json&)>& change) {
         auto document = good;
         change(document);
-        WriteText(In(name), document.dump());
+        WriteFile(In(name), document.dump());
         return In(name);
     };
-    WriteText(In("text.json"), "symbols, but not JSON");
+    WriteFile(In("text.json"), "symbols, but not JSON");
     const struct {
         std::string json;
         std::string message;
@@ -469,7 +469,7 @@ TEST_F(LibraryCommandTest, ThousandIconSetImportsRoundTripsAndDraws)
         std::snprintf(colour, sizeof colour, "#%02x%02x%02x", (i * 37) % 256, (i * 91) % 256, (i * 53) % 256);
         char body[200];
         std::snprintf(body, sizeof body, shapes[i % 4], colour);
-        WriteText(folder + "/icon-" + std::to_string(i) + ".svg",
+        WriteFile(folder + "/icon-" + std::to_string(i) + ".svg",
                   std::string(R"(<svg xmlns="http://www.w3.org/2000/svg" width="24" height="24">)") + body +
                       "</svg>");
     }

@@ -40,10 +40,10 @@ TEST_F(ToolTest, DemoPassesAndItsFilesReadBack)
         ++agreements;
     EXPECT_EQ(agreements, 5u) << demo.out;
     EXPECT_EQ(demo.err, "");
-    const std::string markers = ReadText(Demo("markers.lqc"));
+    const std::string markers = ReadFileText(Demo("markers.lqc"));
     const Outcome rerun = Lq({"demo", "-d", (root / "demo").string(), "--count", "3", "--no-gallery"});
     EXPECT_EQ(rerun.code, 2) << "a second run would replace the first run's files";
-    EXPECT_TRUE(ReadText(Demo("markers.lqc")) == markers);
+    EXPECT_TRUE(ReadFileText(Demo("markers.lqc")) == markers);
 
     const Outcome info = Lq({"info", Demo("markers.lqc"), "--json"});
     ASSERT_EQ(info.code, 0) << info.err;
@@ -77,14 +77,14 @@ TEST_F(ToolTest, ConvertedFilesExportTheSameLibrary)
     EXPECT_EQ(a["groups"], b["groups"]);
     EXPECT_EQ(a["symbolList"].size(), 20u);
     EXPECT_TRUE(fs::exists(Work("pictures/20.png")));
-    EXPECT_TRUE(ReadText(Work("pictures/20.png")) == ReadText(Work("pictures-c/20.png")));
+    EXPECT_TRUE(ReadFileText(Work("pictures/20.png")) == ReadFileText(Work("pictures-c/20.png")));
     EXPECT_EQ(Lq({"tree", Demo("markers.lqc")}).out, Lq({"tree", Work("c.lqs")}).out);
 }
 
 TEST_F(ToolTest, MissingEmptyAndForeignFilesAreRefused)
 {
-    WriteText(Work("empty.lqs"), "");
-    WriteText(Work("text.lqs"), "just some text, long enough to look at");
+    WriteFile(Work("empty.lqs"), "");
+    WriteFile(Work("text.lqs"), "just some text, long enough to look at");
     const struct {
         std::string path;
         std::string message;
@@ -111,12 +111,12 @@ TEST_F(ToolTest, TruncatedAndDamagedFilesFailCleanly)
     // A container may lose its last byte unharmed (the database does not
     // need it); a stream file never does.
     for (const char* name : {"markers.lqs", "markers.lqc"}) {
-        const std::string whole = ReadText(Demo(name));
+        const std::string whole = ReadFileText(Demo(name));
         const bool stream = std::string(name).ends_with(".lqs");
         for (const std::size_t length : {std::size_t{3}, std::size_t{8}, std::size_t{100}, std::size_t{1000},
                                          whole.size() / 2, stream ? whole.size() - 1 : whole.size() / 4}) {
             const std::string path = Work("cut-" + std::to_string(length) + "-" + name);
-            WriteText(path, whole.substr(0, length));
+            WriteFile(path, whole.substr(0, length));
             const Outcome run = Lq({"info", path});
             EXPECT_EQ(run.code, 1) << path << ": " << run.err;
             EXPECT_EQ(run.err.rfind("lqsymbol: " + path + ": ", 0), 0u) << run.err;
@@ -126,19 +126,19 @@ TEST_F(ToolTest, TruncatedAndDamagedFilesFailCleanly)
     std::string noise(5000, '\0');
     for (char& c : noise)
         c = static_cast<char>(random());
-    WriteText(Work("noise.bin"), noise);
+    WriteFile(Work("noise.bin"), noise);
     const Outcome run = Lq({"tree", Work("noise.bin")});
     EXPECT_EQ(run.code, 1);
     EXPECT_NE(run.err.find("not a symbol library"), std::string::npos);
 
     // Damaged bytes anywhere in a stream file: a clean result either way,
     // and every picture the export reaches is checked.
-    const std::string whole = ReadText(Demo("markers.lqs"));
+    const std::string whole = ReadFileText(Demo("markers.lqs"));
     for (int trial = 0; trial < 25; ++trial) {
         std::string damaged = whole;
         damaged[random() % damaged.size()] ^= static_cast<char>(1 + random() % 255);
         const std::string path = Work("damaged" + std::to_string(trial) + ".lqs");
-        WriteText(path, damaged);
+        WriteFile(path, damaged);
         const Outcome exported = Lq({"export", path, "--json", "--images", Work("damaged-pictures"), "--force"});
         EXPECT_TRUE(exported.code == 0 || exported.code == 1) << "exit " << exported.code << ": " << exported.err;
         if (exported.code == 1) {
@@ -154,14 +154,14 @@ TEST_F(ToolTest, GalleryWritesEverySheet)
     for (const char* name : {"gradients-window32.png", "gradients-window24.png", "gradients-window16.png",
                              "gradients-native.png", "gradients-printer.png", "printer-page.png",
                              "transparent-fills.png", "blits.png"}) {
-        EXPECT_EQ(ReadText(Work(std::string("gallery/") + name)).substr(1, 3), "PNG") << name;
+        EXPECT_EQ(ReadFileText(Work(std::string("gallery/") + name)).substr(1, 3), "PNG") << name;
     }
-    EXPECT_EQ(ReadText(Work("gallery/printer-page.pdf")).substr(0, 5), "%PDF-");
-    const std::string blits = ReadText(Work("gallery/blits.png"));
+    EXPECT_EQ(ReadFileText(Work("gallery/printer-page.pdf")).substr(0, 5), "%PDF-");
+    const std::string blits = ReadFileText(Work("gallery/blits.png"));
     const Outcome again = Lq({"gallery", "-o", Work("gallery")});
     EXPECT_EQ(again.code, 2);
     EXPECT_NE(again.err.find("exists; add --force"), std::string::npos) << again.err;
-    EXPECT_TRUE(ReadText(Work("gallery/blits.png")) == blits);
+    EXPECT_TRUE(ReadFileText(Work("gallery/blits.png")) == blits);
     EXPECT_EQ(Lq({"gallery", "-o", Work("gallery"), "--force"}).code, 0);
     const Outcome blocked = Lq({"gallery", "-o", Work("gallery/blits.png")});  // a file, not a directory
     EXPECT_EQ(blocked.code, 2);
@@ -181,11 +181,11 @@ TEST_F(ToolTest, UsageErrorsAndFills)
     const Outcome fill = Lq({"fill", "-o", Work("conical.png"), "--kind", "conical", "--surface", "window16",
                          "--transparency", "30", "--width", "64", "--height", "48"});
     ASSERT_EQ(fill.code, 0) << fill.err;
-    EXPECT_EQ(ReadText(Work("conical.png")).substr(1, 3), "PNG");
+    EXPECT_EQ(ReadFileText(Work("conical.png")).substr(1, 3), "PNG");
     const Outcome page = Lq({"fill", "-o", Work("page.pdf"), "--surface", "printer", "--shape", "multipolygon",
                          "--kind", "transparent"});
     ASSERT_EQ(page.code, 0) << page.err;
-    EXPECT_EQ(ReadText(Work("page.pdf")).substr(0, 5), "%PDF-");
+    EXPECT_EQ(ReadFileText(Work("page.pdf")).substr(0, 5), "%PDF-");
     const Outcome notPdf = Lq({"fill", "-o", Work("window.pdf")});
     EXPECT_EQ(notPdf.code, 2);
     EXPECT_NE(notPdf.err.find("only the printer surface writes PDF"), std::string::npos);
@@ -234,11 +234,11 @@ TEST_F(ToolTest, HostileLibrariesArePrintedEscapedAndInBoundedSpace)
     EXPECT_EQ(json["groups"][depth]["items"], nlohmann::json::array({depth}));
 
     // The stamp's bytes are stored as they are: make the first one no UTF-8.
-    std::string bytes = ReadText(path);
+    std::string bytes = ReadFileText(path);
     const std::size_t stamp = bytes.rfind(std::string("M\0a\0r\0", 6));
     ASSERT_NE(stamp, std::string::npos);
     bytes[stamp] = '\xFF';
-    WriteText(Work("stamp.lqs"), bytes);
+    WriteFile(Work("stamp.lqs"), bytes);
     const Outcome info = Lq({"info", Work("stamp.lqs"), "--json"});
     ASSERT_EQ(info.code, 0) << info.err;
     EXPECT_EQ(nlohmann::json::parse(info.out)["cacheSection"]["stamp"], "\xEF\xBF\xBD" "ar");
@@ -259,12 +259,12 @@ TEST_F(ToolTest, InspectingAContainerLeavesItsFileAsItWas)
     ASSERT_EQ(sqlite3_open(path.c_str(), &db), SQLITE_OK);
     EXPECT_EQ(sqlite3_exec(db, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr), SQLITE_OK);
     sqlite3_close(db);
-    const std::string original = ReadText(path);
+    const std::string original = ReadFileText(path);
     for (const std::vector<std::string>& command : {std::vector<std::string>{"info", path}, {"info", path, "--json"},
                                                     {"tree", path}, {"export", path, "--json"}}) {
         const Outcome run = Lq(command);
         EXPECT_EQ(run.code, 0) << command[0] << ": " << run.err;
-        EXPECT_EQ(ReadText(path), original) << command[0];
+        EXPECT_EQ(ReadFileText(path), original) << command[0];
     }
 }
 

@@ -40,7 +40,7 @@ protected:
         std::fflush(stderr);
         ::dup2(saved, STDERR_FILENO);
         ::close(saved);
-        return ReadText(path);
+        return ReadFileText(path);
     }
 };
 

@@ -59,7 +59,7 @@ protected:
     static void ExpectUntouched(const std::string& path, const std::string& bytes, const std::string& contents,
                                 const std::vector<std::string>& listing)
     {
-        EXPECT_EQ(ReadText(path), bytes) << path;
+        EXPECT_EQ(ReadFileText(path), bytes) << path;
         EXPECT_EQ(Listing(fs::path(path).parent_path()), listing) << path;
         EXPECT_EQ(Contents(path), contents) << path;
     }
@@ -82,7 +82,7 @@ TEST_F(SafeOutputTest, LargeDemoSpreadsItsSheetOverPages)
     EXPECT_FALSE(fs::exists(Demo("markers.png")));
     int pages = 0;
     for (; fs::exists(Demo("markers-" + std::to_string(pages + 1) + ".png")); ++pages) {
-        const std::string png = ReadText(Demo("markers-" + std::to_string(pages + 1) + ".png"));
+        const std::string png = ReadFileText(Demo("markers-" + std::to_string(pages + 1) + ".png"));
         ASSERT_EQ(png.substr(1, 3), "PNG");
         const auto byte = [&](int i) { return static_cast<unsigned int>(static_cast<unsigned char>(png[i])); };
         const unsigned int height = byte(20) << 24 | byte(21) << 16 | byte(22) << 8 | byte(23);
@@ -98,8 +98,8 @@ TEST_F(SafeOutputTest, RefusedOutputsStayAsTheyWere)
     const std::string stream = CopyInto("refuse", "lines.lqs", "lib.lqs");
     fs::create_hard_link(library, Work("refuse/hard.lqc"));
     fs::create_symlink("lib.lqc", Work("refuse/soft.lqc"));
-    const std::string bytes = ReadText(library);
-    const std::string streamBytes = ReadText(stream);
+    const std::string bytes = ReadFileText(library);
+    const std::string streamBytes = ReadFileText(stream);
     const std::string contents = Contents(library);
     const auto listing = Listing(Work("refuse"));
     const struct {
@@ -121,7 +121,7 @@ TEST_F(SafeOutputTest, RefusedOutputsStayAsTheyWere)
         const Outcome run = Lq(c.command);
         EXPECT_EQ(run.code, c.code) << c.command[0] << " " << c.command.back() << ": " << run.err;
         EXPECT_NE(run.err.find(c.message), std::string::npos) << run.err;
-        EXPECT_EQ(ReadText(stream), streamBytes);
+        EXPECT_EQ(ReadFileText(stream), streamBytes);
     }
     ExpectUntouched(library, bytes, contents, listing);
 
@@ -145,7 +145,7 @@ TEST_F(SafeOutputTest, RefusedOutputsStayAsTheyWere)
 TEST_F(SafeOutputTest, FullDiskLeavesTheOldFile)
 {
     const std::string old = CopyInto("full", "lines.lqc", "old.lqc");
-    const std::string bytes = ReadText(old);
+    const std::string bytes = ReadFileText(old);
     const std::string contents = Contents(old);
     const auto listing = Listing(Work("full"));
     for (const char* form : {"container", "stream"}) {
@@ -172,14 +172,14 @@ TEST_F(SafeOutputTest, FullDiskLeavesTheWholeOldGallery)
 
     fs::create_directories(Work("gallery"));
     for (const std::string& name : Listing(Work("gallery-sizes")))
-        WriteText(Work("gallery/" + name), "the old " + name);
+        WriteFile(Work("gallery/" + name), "the old " + name);
     const auto listing = Listing(Work("gallery"));
     const Outcome run =
         Lq({"gallery", "-o", Work("gallery"), "--force"}, "prlimit --fsize=" + std::to_string(limit) + " ");
     EXPECT_EQ(run.code, 1) << run.err;
     EXPECT_EQ(Listing(Work("gallery")), listing);
     for (const std::string& name : listing)
-        EXPECT_TRUE(ReadText(Work("gallery/" + name)) == "the old " + name) << name << " was written in place";
+        EXPECT_TRUE(ReadFileText(Work("gallery/" + name)) == "the old " + name) << name << " was written in place";
 }
 
 // The demo saves its libraries again and again to time them; each save is a
@@ -187,7 +187,7 @@ TEST_F(SafeOutputTest, FullDiskLeavesTheWholeOldGallery)
 TEST_F(SafeOutputTest, FullDiskLeavesTheDemosOldLibrary)
 {
     const std::string old = CopyInto("demo-again", "lines.lqc", "markers.lqc");
-    const std::string bytes = ReadText(old);
+    const std::string bytes = ReadFileText(old);
     const std::string contents = Contents(old);
     const auto listing = Listing(Work("demo-again"));
     const Outcome run = Lq({"demo", "-d", Work("demo-again"), "--count", "1500", "--repeat", "2", "--no-gallery",
@@ -201,7 +201,7 @@ TEST_F(SafeOutputTest, FullDiskLeavesTheDemosOldLibrary)
 TEST_F(SafeOutputTest, ReadOnlyDirectoryLeavesTheOldFile)
 {
     const std::string old = CopyInto("readonly", "lines.lqc", "old.lqc");
-    const std::string bytes = ReadText(old);
+    const std::string bytes = ReadFileText(old);
     const std::string contents = Contents(old);
     const auto listing = Listing(Work("readonly"));
     std::string prefix;
@@ -221,7 +221,7 @@ TEST_F(SafeOutputTest, ReadOnlyDirectoryLeavesTheOldFile)
         const Outcome run = Lq({"convert", Demo("lines.lqs"), old, "--form", form, "--force"}, prefix);
         EXPECT_EQ(run.code, 1) << form << ": " << run.err;
         EXPECT_NE(run.err.find("cannot create a temporary file"), std::string::npos) << run.err;
-        EXPECT_EQ(ReadText(old), bytes);
+        EXPECT_EQ(ReadFileText(old), bytes);
         EXPECT_EQ(Listing(Work("readonly")), listing);
     }
     fs::permissions(Work("readonly"), fs::perms::owner_all, fs::perm_options::add);
@@ -231,7 +231,7 @@ TEST_F(SafeOutputTest, ReadOnlyDirectoryLeavesTheOldFile)
 TEST_F(SafeOutputTest, KillInTheMiddleOfALargeSaveLeavesTheOldFile)
 {
     const std::string old = CopyInto("kill", "lines.lqc", "old.lqc");
-    const std::string bytes = ReadText(old);
+    const std::string bytes = ReadFileText(old);
     const std::string contents = Contents(old);
     const auto listing = Listing(Work("kill"));
 
@@ -266,7 +266,7 @@ TEST_F(SafeOutputTest, KillInTheMiddleOfALargeSaveLeavesTheOldFile)
     ASSERT_TRUE(caught) << "the save was never seen in progress";
     ASSERT_TRUE(WIFSIGNALED(status));
 
-    EXPECT_EQ(ReadText(old), bytes);
+    EXPECT_EQ(ReadFileText(old), bytes);
     EXPECT_EQ(Contents(old), contents);
     // The killed process's temporary file goes with the next save of the same file.
     EXPECT_GT(Listing(Work("kill")).size(), listing.size());

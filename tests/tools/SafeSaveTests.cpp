@@ -90,7 +90,7 @@ TEST_F(SafeSaveTest, RejectedSaveLeavesTheOldFileAndAUsableLibrary)
         const std::string path = In("old-" + std::to_string(version));
         const auto old = Markers(3);
         ASSERT_TRUE(VTC::SaveSymbolLibSafely(*old, ZedaUnicodeString::FromUtf8(path), version));
-        const std::string bytes = ReadText(path);
+        const std::string bytes = ReadFileText(path);
         const auto listing = Listing(directory);
 
         const auto lib = Markers(20);
@@ -104,7 +104,7 @@ TEST_F(SafeSaveTest, RejectedSaveLeavesTheOldFileAndAUsableLibrary)
         EXPECT_NE(error, "");
         EXPECT_EQ(fs::path(seen).parent_path(), fs::path(path).parent_path()) << "checked beside the target";
         EXPECT_NE(seen, path);
-        EXPECT_TRUE(ReadText(path) == bytes);
+        EXPECT_TRUE(ReadFileText(path) == bytes);
         EXPECT_EQ(Listing(directory), listing);
         EXPECT_EQ(Differences(*old, path), std::vector<std::string>());
 
@@ -122,7 +122,7 @@ TEST_F(SafeSaveTest, FileSizeLimitLeavesTheOldFile)
         const std::string path = In("full-" + std::to_string(version));
         const auto old = Markers(2);
         ASSERT_TRUE(VTC::SaveSymbolLibSafely(*old, ZedaUnicodeString::FromUtf8(path), version));
-        const std::string bytes = ReadText(path);
+        const std::string bytes = ReadFileText(path);
         const auto listing = Listing(directory);
         const auto big = Markers(60, 200);
 
@@ -138,7 +138,7 @@ TEST_F(SafeSaveTest, FileSizeLimitLeavesTheOldFile)
         int status = 0;
         ASSERT_EQ(waitpid(child, &status, 0), child);
         EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the save should have failed";
-        EXPECT_TRUE(ReadText(path) == bytes);
+        EXPECT_TRUE(ReadFileText(path) == bytes);
         EXPECT_EQ(Listing(directory), listing);
         EXPECT_EQ(Differences(*old, path), std::vector<std::string>());
     }
@@ -147,14 +147,14 @@ TEST_F(SafeSaveTest, FileSizeLimitLeavesTheOldFile)
 TEST_F(SafeSaveTest, ReplacerFollowsLinksAndSweepsWhatDeadProcessesLeft)
 {
     const std::string real = In("real.txt");
-    WriteText(real, "old");
+    WriteFile(real, "old");
     fs::create_symlink("real.txt", In("link.txt"));
     std::string error;
     ASSERT_TRUE(VTC::VtFileReplacer::Replace(
-        In("link.txt"), [](const std::string& temporary) { WriteText(temporary, "new"); return true; }, {}, error))
+        In("link.txt"), [](const std::string& temporary) { WriteFile(temporary, "new"); return true; }, {}, error))
         << error;
     EXPECT_TRUE(fs::is_symlink(In("link.txt")));
-    EXPECT_TRUE(ReadText(real) == "new");
+    EXPECT_TRUE(ReadFileText(real) == "new");
 
     // A child that has exited stands for a killed writer; this process is alive.
     const pid_t dead = fork();
@@ -163,9 +163,9 @@ TEST_F(SafeSaveTest, ReplacerFollowsLinksAndSweepsWhatDeadProcessesLeft)
     waitpid(dead, nullptr, 0);
     const std::string stale = In(".real.txt.lqtmp-" + std::to_string(dead) + "-abcdef");
     const std::string live = In(".real.txt.lqtmp-" + std::to_string(getpid()) + "-abcdef");
-    WriteText(stale, "half");
-    WriteText(stale + "-journal", "half");
-    WriteText(live, "busy");
+    WriteFile(stale, "half");
+    WriteFile(stale + "-journal", "half");
+    WriteFile(live, "busy");
     {
         VTC::VtFileReplacer replacer(real);
         ASSERT_TRUE(replacer.IsReady());
@@ -176,7 +176,7 @@ TEST_F(SafeSaveTest, ReplacerFollowsLinksAndSweepsWhatDeadProcessesLeft)
     }
     EXPECT_EQ(Listing(directory), (std::vector<std::string>{".real.txt.lqtmp-" + std::to_string(getpid()) + "-abcdef",
                                                             "link.txt", "real.txt"}));
-    EXPECT_TRUE(ReadText(real) == "new");
+    EXPECT_TRUE(ReadFileText(real) == "new");
 }
 
 }  // namespace
@@ -185,10 +185,10 @@ namespace {
 
 TEST_F(SafeSaveTest, BatchReplacesNothingBeforeItsCommitAndLeavesNothingBehind)
 {
-    WriteText(In("a.txt"), "old a");
+    WriteFile(In("a.txt"), "old a");
     const auto write = [](const std::string& text) {
         return [text](const std::string& temporary) {
-            WriteText(temporary, text);
+            WriteFile(temporary, text);
             return true;
         };
     };
@@ -199,7 +199,7 @@ TEST_F(SafeSaveTest, BatchReplacesNothingBeforeItsCommitAndLeavesNothingBehind)
         ASSERT_TRUE(abandoned.Add(In("b.txt"), write("new b"), {}, error)) << error;
         EXPECT_FALSE(abandoned.Add(In("c.txt"), write("bad"), [](const std::string&) { return false; }, error));
         EXPECT_EQ(abandoned.GetCount(), 2u);
-        EXPECT_TRUE(ReadText(In("a.txt")) == "old a");
+        EXPECT_TRUE(ReadFileText(In("a.txt")) == "old a");
     }
     EXPECT_EQ(Listing(directory), std::vector<std::string>{"a.txt"});
 
@@ -211,7 +211,7 @@ TEST_F(SafeSaveTest, BatchReplacesNothingBeforeItsCommitAndLeavesNothingBehind)
     const std::string live = ".other.txt.lqtmp-" + std::to_string(getpid()) + "-abcdef";
     for (const std::string& name : {".other.txt.lqtmp-" + std::to_string(dead) + "-abcdef",
                                     ".b.txt.lqtmp-" + std::to_string(dead) + "-abcdef-journal", live})
-        WriteText(In(name), "half");
+        WriteFile(In(name), "half");
 
     VTC::VtFileBatch batch;
     ASSERT_TRUE(batch.Add(In("a.txt"), write("new a"), {}, error)) << error;
@@ -220,8 +220,8 @@ TEST_F(SafeSaveTest, BatchReplacesNothingBeforeItsCommitAndLeavesNothingBehind)
     ASSERT_TRUE(batch.Add(In("b.txt"), write("new b"), {}, error)) << error;
     EXPECT_FALSE(fs::exists(In("b.txt")));
     ASSERT_TRUE(batch.Commit(error)) << error;
-    EXPECT_TRUE(ReadText(In("a.txt")) == "new a");
-    EXPECT_TRUE(ReadText(In("b.txt")) == "new b");
+    EXPECT_TRUE(ReadFileText(In("a.txt")) == "new a");
+    EXPECT_TRUE(ReadFileText(In("b.txt")) == "new b");
     EXPECT_EQ(Listing(directory), (std::vector<std::string>{live, "a.txt", "b.txt"}));
 }
 

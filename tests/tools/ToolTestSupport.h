@@ -5,14 +5,16 @@
 
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "LqTestSupport.h"
 
 namespace lqtool {
 
@@ -24,16 +26,8 @@ struct Outcome {
     std::string err;
 };
 
-inline std::string ReadText(const fs::path& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-inline void WriteText(const fs::path& path, const std::string& bytes)
-{
-    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-}
+using lqtest::ReadFileText;
+using lqtest::WriteFile;
 
 inline std::string Quote(const std::string& text)
 {
@@ -57,18 +51,10 @@ class ToolWorkspace : public ::testing::Test {
 protected:
     static void MakeRoot(const std::string& prefix)
     {
-        std::string pattern = (fs::temp_directory_path() / (prefix + "XXXXXX")).string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        root = pattern;
-        fs::create_directory(root / "tmp");
-        setenv("TMPDIR", (root / "tmp").c_str(), 1);
+        folder = std::make_unique<lqtest::PrivateTmpdir>(prefix);
+        root = folder->Root();
     }
-    static void RemoveRoot()
-    {
-        std::error_code ignored;
-        fs::permissions(root, fs::perms::owner_all, fs::perm_options::add, ignored);
-        fs::remove_all(root, ignored);
-    }
+    static void RemoveRoot() { folder.reset(); }
 
     // Runs lqsymbol with `arguments`; `prefix` goes before it on the shell's
     // command line (an environment setting, prlimit, setpriv).
@@ -84,8 +70,8 @@ protected:
         const int status = std::system(command.c_str());
         Outcome run;
         run.code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-        run.out = ReadText(out);
-        run.err = ReadText(err);
+        run.out = ReadFileText(out);
+        run.err = ReadFileText(err);
         fs::remove(out);
         fs::remove(err);
         return run;
@@ -93,6 +79,7 @@ protected:
 
     static std::string Work(const std::string& name) { return (root / name).string(); }
 
+    static inline std::unique_ptr<lqtest::PrivateTmpdir> folder;
     static inline fs::path root;
 };
 
