@@ -14,7 +14,7 @@
 
 #include "LqGraphics.h"
 #include "VtEspecialFill.h"
-#include "VtBlendKernels_p.h"
+#include "VtBlendKernelsTesting.h"
 
 namespace {
 

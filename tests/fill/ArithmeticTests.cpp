@@ -6,8 +6,7 @@
 #include <numbers>
 
 #include "FillTestSupport.h"
-#include "VtBlendKernelSet_p.h"
-#include "VtBlendKernels_p.h"
+#include "VtBlendKernelsTesting.h"
 
 using namespace FillTest;
 using std::numbers::pi;

@@ -16,8 +16,7 @@
 #include <vector>
 
 #include "VtPixelBuffer.h"
-#include "VtPixelCopy_p.h"
-#include "VtRasterShapes_p.h"
+#include "VtRasterCoreTesting.h"
 
 namespace {
 
