@@ -52,6 +52,30 @@ std::optional<uint32_t> FillOf(const VtGraphics::State& s)
     return s.brush->GetColour();
 }
 
+// Strokes `op` with the selected pen, through the clip.
+void Stroke(VtGraphics::State& s, gfx::ShapeOp& op)
+{
+    op.stroke = StrokeOf(s);
+    s.device->Draw(op, ClipOf(s));
+}
+
+// Fills `op` with the selected brush and strokes it with the pen.
+void FillAndStroke(VtGraphics::State& s, gfx::ShapeOp& op)
+{
+    op.fill = FillOf(s);
+    Stroke(s, op);
+}
+
+// A shape drawn within `bounds`, given in logical units.
+gfx::ShapeOp BoxedShape(const VtGraphics& graphics, gfx::ShapeOp::Kind kind, const ZedaRect& bounds)
+{
+    gfx::ShapeOp op(kind);
+    op.bounds = bounds;
+    graphics.LogicalToDeviceRect(op.bounds);
+    op.bounds.Normalize();
+    return op;
+}
+
 // Which pixels of the surface a native gradient covers: the clip's bounds or
 // the whole surface, grown by one pixel on every side as the fill module
 // grows the rectangle it places the gradient in.
@@ -76,6 +100,21 @@ gfx::NativeGradients* GradientsFor(VtGraphics::State& s, const ZedaRect& box)
         return nullptr;
     }
     return gradients;
+}
+
+using DrawNative = void (gfx::NativeGradients::*)(const ZedaRect&, const gfx::GradientParams&, const cairo_region_t*);
+
+// Paints a linear or radial gradient that the surface draws itself over
+// GradientBox, through the clip; false (logged) where there is none.
+bool DrawNativeGradient(VtGraphics::State& s, DrawNative draw, const gfx::GradientParams& params)
+{
+    const ZedaRect box = GradientBox(s);
+    gfx::NativeGradients* gradients = GradientsFor(s, box);
+    if (gradients == nullptr) {
+        return false;
+    }
+    (gradients->*draw)(box, params, ClipOf(s));
+    return true;
 }
 
 }  // namespace
@@ -143,8 +182,7 @@ void VtGraphics::DrawLine(const ZedaPoint& from, const ZedaPoint& to)
     gfx::ShapeOp op(gfx::ShapeOp::Kind::Line);
     op.points = {from, to};
     LogicalToDevicePoints(op.points.data(), 2);
-    op.stroke = StrokeOf(*state_);
-    state_->device->Draw(op, ClipOf(*state_));
+    Stroke(*state_, op);
 }
 
 void VtGraphics::DrawPolygon(const ZedaPoint* points, int count)
@@ -156,45 +194,29 @@ void VtGraphics::DrawPolygon(const ZedaPoint* points, int count)
     gfx::ShapeOp op(gfx::ShapeOp::Kind::Polygon);
     op.points.assign(points, points + count);
     LogicalToDevicePoints(op.points.data(), count);
-    op.fill = FillOf(*state_);
-    op.stroke = StrokeOf(*state_);
-    state_->device->Draw(op, ClipOf(*state_));
+    FillAndStroke(*state_, op);
 }
 
 void VtGraphics::DrawRectangle(const ZedaRect& rect)
 {
-    gfx::ShapeOp op(gfx::ShapeOp::Kind::Rectangle);
-    op.bounds = rect;
-    LogicalToDeviceRect(op.bounds);
-    op.bounds.Normalize();
-    op.fill = FillOf(*state_);
-    op.stroke = StrokeOf(*state_);
-    state_->device->Draw(op, ClipOf(*state_));
+    gfx::ShapeOp op = BoxedShape(*this, gfx::ShapeOp::Kind::Rectangle, rect);
+    FillAndStroke(*state_, op);
 }
 
 void VtGraphics::DrawEllipse(const ZedaRect& bounds)
 {
-    gfx::ShapeOp op(gfx::ShapeOp::Kind::Ellipse);
-    op.bounds = bounds;
-    LogicalToDeviceRect(op.bounds);
-    op.bounds.Normalize();
-    op.fill = FillOf(*state_);
-    op.stroke = StrokeOf(*state_);
-    state_->device->Draw(op, ClipOf(*state_));
+    gfx::ShapeOp op = BoxedShape(*this, gfx::ShapeOp::Kind::Ellipse, bounds);
+    FillAndStroke(*state_, op);
 }
 
 void VtGraphics::DrawArc(const ZedaRect& bounds, const ZedaPoint& start, const ZedaPoint& end)
 {
-    gfx::ShapeOp op(gfx::ShapeOp::Kind::Arc);
-    op.bounds = bounds;
+    gfx::ShapeOp op = BoxedShape(*this, gfx::ShapeOp::Kind::Arc, bounds);
     op.arcStart = start;
     op.arcEnd = end;
-    LogicalToDeviceRect(op.bounds);
-    op.bounds.Normalize();
     LogicalToDevicePoints(&op.arcStart, 1);
     LogicalToDevicePoints(&op.arcEnd, 1);
-    op.stroke = StrokeOf(*state_);
-    state_->device->Draw(op, ClipOf(*state_));
+    Stroke(*state_, op);
 }
 
 bool VtGraphics::BitBlt(int x, int y, int width, int height, VtGraphics* source, int srcX, int srcY,
@@ -410,25 +432,13 @@ VtRgn* VtGraphics::GetClipRegion() const { return state_->clip.get(); }
 bool VtGraphics::DrawLinearGradient(unsigned int colour1, unsigned int colour2, int offsetX, int offsetY,
                                     double angle)
 {
-    const ZedaRect box = GradientBox(*state_);
-    gfx::NativeGradients* gradients = GradientsFor(*state_, box);
-    if (gradients == nullptr) {
-        return false;
-    }
-    gradients->DrawLinear(box, {colour1, colour2, offsetX, offsetY, angle}, ClipOf(*state_));
-    return true;
+    return DrawNativeGradient(*state_, &gfx::NativeGradients::DrawLinear, {colour1, colour2, offsetX, offsetY, angle});
 }
 
 bool VtGraphics::DrawRadialGradient(unsigned int colour1, unsigned int colour2, int offsetX, int offsetY,
                                     double angle)
 {
-    const ZedaRect box = GradientBox(*state_);
-    gfx::NativeGradients* gradients = GradientsFor(*state_, box);
-    if (gradients == nullptr) {
-        return false;
-    }
-    gradients->DrawRadial(box, {colour1, colour2, offsetX, offsetY, angle}, ClipOf(*state_));
-    return true;
+    return DrawNativeGradient(*state_, &gfx::NativeGradients::DrawRadial, {colour1, colour2, offsetX, offsetY, angle});
 }
 
 VtImage* VtGraphics::CreateSquareGradientImage(unsigned int colour1, unsigned int colour2, int offsetX,

@@ -108,6 +108,15 @@ bool IsListIndex(int index, int count)
     return index >= 0 && index < count;
 }
 
+// A symbol handed out carries the version of the library it came from; a
+// null one (only InsertAt's misuse makes it) is handed out as it is.
+VtSymbol* Stamped(VtSymbol* symbol, unsigned int version)
+{
+    if (symbol != nullptr)
+        symbol->libVersion = version;
+    return symbol;
+}
+
 // The list length is never negative, so no index is at once before the start
 // and past the end: the guards built on this test never fire.
 bool IsBeforeStartAndPastEnd(int index, int count)
@@ -287,9 +296,7 @@ VtSymbol* VtSymbolLib::GetSymbolByID(int id) const
         symbolLibLog.Fail("EGa038");
         return nullptr;
     }
-    if (found->second != nullptr)
-        found->second->libVersion = version;
-    return found->second;
+    return Stamped(found->second, version);
 }
 
 VtSymbol* VtSymbolLib::GetSymbolAt(int index) const
@@ -304,9 +311,7 @@ VtSymbol* VtSymbolLib::GetSymbolAt(int index) const
         symbolLibLog.Fail("EDb002");
         return nullptr;
     }
-    if (found->second != nullptr)
-        found->second->libVersion = version;
-    return found->second;
+    return Stamped(found->second, version);
 }
 
 int VtSymbolLib::GetIDByName(const ZedaUnicodeString& name)

@@ -32,12 +32,6 @@ public:
     }
 };
 
-std::unique_ptr<SurfaceDevice> MakeNativeGradientDevice(int width, int height, int bitsPerPixel)
-{
-    auto paper = NewSurfacePaper(width, height, {bitsPerPixel, false}, kLog);
-    return paper ? std::make_unique<NativeGradientDevice>(std::move(paper)) : nullptr;
-}
-
 }  // namespace
 
 }  // namespace VTC::gfx
@@ -46,7 +40,7 @@ namespace VTC {
 
 VtGraphics* VtGraphicsManager::CreateNativeGradientGraphics(int width, int height, int bitsPerPixel)
 {
-    return Adopt(gfx::MakeNativeGradientDevice(width, height, bitsPerPixel));
+    return Adopt(gfx::NewOwnRasterDevice<gfx::NativeGradientDevice>(width, height, {bitsPerPixel, false}, gfx::kLog));
 }
 
 }  // namespace VTC

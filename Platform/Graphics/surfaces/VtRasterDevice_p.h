@@ -73,4 +73,14 @@ std::unique_ptr<VtImage> MakePaper(int width, int height, PixelFormat format);
 std::unique_ptr<VtImage> NewSurfacePaper(int width, int height, PixelFormat format, const GraphicsLog& log,
                                          std::source_location where = std::source_location::current());
 
+// A `Device` drawing on white paper of its own, or null with the record of
+// NewSurfacePaper.
+template <typename Device>
+std::unique_ptr<SurfaceDevice> NewOwnRasterDevice(int width, int height, PixelFormat format, const GraphicsLog& log,
+                                                  std::source_location where = std::source_location::current())
+{
+    auto paper = NewSurfacePaper(width, height, format, log, where);
+    return paper ? std::make_unique<Device>(std::move(paper)) : nullptr;
+}
+
 }  // namespace VTC::gfx

@@ -63,13 +63,6 @@ private:
     std::size_t played_ = 0;
 };
 
-std::unique_ptr<SurfaceDevice> MakeRecordingDevice(int width, int height, int bitsPerPixel)
-{
-    // Recordings stand for paper: 24-bit pixels red first.
-    auto paper = NewSurfacePaper(width, height, {bitsPerPixel, bitsPerPixel == 24}, kLog);
-    return paper ? std::make_unique<RecordingDevice>(std::move(paper)) : nullptr;
-}
-
 }  // namespace
 
 }  // namespace VTC::gfx
@@ -78,7 +71,9 @@ namespace VTC {
 
 VtGraphics* VtGraphicsManager::CreateRecordingGraphics(int width, int height, int bitsPerPixel)
 {
-    return Adopt(gfx::MakeRecordingDevice(width, height, bitsPerPixel));
+    // Recordings stand for paper: 24-bit pixels red first.
+    return Adopt(
+        gfx::NewOwnRasterDevice<gfx::RecordingDevice>(width, height, {bitsPerPixel, bitsPerPixel == 24}, gfx::kLog));
 }
 
 }  // namespace VTC

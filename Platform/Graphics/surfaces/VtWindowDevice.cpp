@@ -14,12 +14,6 @@ public:
     int Kind() const override { return VT_SURFACE_WINDOW; }
 };
 
-std::unique_ptr<SurfaceDevice> MakeWindowDevice(int width, int height, int bitsPerPixel)
-{
-    auto paper = NewSurfacePaper(width, height, {bitsPerPixel, false}, kLog);
-    return paper ? std::make_unique<WindowDevice>(std::move(paper)) : nullptr;
-}
-
 }  // namespace
 
 }  // namespace VTC::gfx
@@ -28,7 +22,7 @@ namespace VTC {
 
 VtGraphics* VtGraphicsManager::CreateWindowGraphics(int width, int height, int bitsPerPixel)
 {
-    return Adopt(gfx::MakeWindowDevice(width, height, bitsPerPixel));
+    return Adopt(gfx::NewOwnRasterDevice<gfx::WindowDevice>(width, height, {bitsPerPixel, false}, gfx::kLog));
 }
 
 }  // namespace VTC
