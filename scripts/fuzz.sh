@@ -35,9 +35,10 @@ for finding in "$findings/$target"-*; do
   cp "$finding" "fuzz/regressions/$target/"
   echo "finding kept: fuzz/regressions/$target/$(basename "$finding")"
 done
-grep -E '^#[0-9]+ +DONE' "$log" | tail -1 || true
+grep -E '^#[0-9]+[[:space:]]+DONE' "$log" | tail -1 || true
 grep -E 'stat::number_of_executed_units|stat::peak_rss_mb' "$log" || true
 echo "corpus: $(find "$corpus" -type f | wc -l) inputs; log: $log"
 # At the lowest priority a run gets what the machine leaves: its processor time tells.
-echo "processor time (user, system): $(times | tail -1)"
+times >"$log.times"  # not in a subshell, which would count its own children only
+echo "processor time (user, system): $(tail -1 "$log.times")"
 exit "$status"
