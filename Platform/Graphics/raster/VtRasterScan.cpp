@@ -232,7 +232,10 @@ private:
 template <typename Cursor>
 void ScanMonotone(Chain& forward, Chain& backward, Fixed first, Fixed end, const ZedaRect& limits, Cursor cursor)
 {
-    const Fixed left = limits.left * kFixedOne, right = limits.right * kFixedOne;
+    // Holding the run within the limits is holding each crossing there: the
+    // rounding to pixels keeps the order, and a run that falls beside the
+    // limits is empty either way.
+    const Fixed left = limits.left, right = limits.right;
     for (Fixed y = first; y < end;) {
         // Rows in which neither side changes edge are stepped with the edges held locally.
         Edge& forwardEdge = forward.At(y);
@@ -240,11 +243,11 @@ void ScanMonotone(Chain& forward, Chain& backward, Fixed first, Fixed end, const
         Edge a = forwardEdge, b = backwardEdge;
         const Fixed stop = std::min({end, a.endRow, b.endRow});
         for (Fixed rows = stop - y; rows > 0; --rows) {
-            const Fixed cutA = (std::clamp(a.x, left, right) + kSampleBelowTop) >> 8;
-            const Fixed cutB = (std::clamp(b.x, left, right) + kSampleBelowTop) >> 8;
+            const Fixed cutA = (a.x + kSampleBelowTop) >> 8;
+            const Fixed cutB = (b.x + kSampleBelowTop) >> 8;
             a.Step();
             b.Step();
-            cursor.Run(std::min(cutA, cutB), std::max(cutA, cutB));
+            cursor.Run(std::max(std::min(cutA, cutB), left), std::min(std::max(cutA, cutB), right));
             cursor.Next();
         }
         y = stop;

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
+#include <new>
+#include <type_traits>
 #include <vector>
 
 namespace VTC::gfx::raster {
@@ -30,15 +33,20 @@ double PathCoordinate(int v) { return v + 0.5 - kShift; }
 
 // Room for the points or edges of a shape: on the stack for the few that
 // shapes usually have (no thread-local look-up, no heap), on the heap beyond.
+// The stack's room is left unset: every element is written before it is read,
+// and zeroing it would cost more than the shape's arithmetic.
 template <typename T>
+    requires std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>
 class ShapeScratch {
 public:
     explicit ShapeScratch(int count)
     {
         if (count > kOnStack) {
             heap_.resize(static_cast<std::size_t>(count));
+            data_ = heap_.data();
+        } else {
+            data_ = std::launder(reinterpret_cast<T*>(stack_));
         }
-        data_ = count > kOnStack ? heap_.data() : stack_;
     }
     ShapeScratch(const ShapeScratch&) = delete;
     ShapeScratch& operator=(const ShapeScratch&) = delete;
@@ -48,7 +56,7 @@ public:
 
 private:
     static constexpr int kOnStack = 16;
-    T stack_[kOnStack];
+    alignas(T) std::byte stack_[kOnStack * sizeof(T)];
     std::vector<T> heap_;
     T* data_;
 };
