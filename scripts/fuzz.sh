@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# A long fuzzing run of one harness, at the lowest priority:
+# A long fuzzing run of one harness, at the lowest priority unless
+# LQ_FUZZ_NICE says otherwise (0 for a campaign on an otherwise idle machine):
 #   scripts/fuzz.sh TARGET SECONDS [libFuzzer options]
 # Builds the harness (asan preset, clang-16), makes the seeds, grows a corpus
 # that is kept between runs in build/asan/fuzz/corpus/TARGET, and copies every
@@ -11,8 +12,13 @@ cd "$(dirname "$0")/.."
 target=$1 seconds=$2
 shift 2
 
-cmake --preset asan >/dev/null
-cmake --build --preset asan --target "fuzz_$target" lq_fuzz_seeds >/dev/null
+# Runs side by side take turns at configuring and building.
+mkdir -p build
+(
+  flock 9
+  cmake --preset asan >/dev/null
+  cmake --build --preset asan --target "fuzz_$target" lq_fuzz_seeds >/dev/null
+) 9>build/.fuzz-build.lock
 build=build/asan/fuzz
 # Seeds of its own: two runs side by side must not remake each other's.
 seeds=$(mktemp -d "$build/seeds-$target.XXXXXX")
@@ -26,7 +32,7 @@ mkdir -p "$corpus" "$findings" "$(dirname "$log")"
 
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 status=0
-LQ_FUZZ_CORPUS=$corpus nice -n 19 fuzz/run-harness.sh "$build/fuzz_$target" "$target" "$seeds/$target" \
+LQ_FUZZ_CORPUS=$corpus nice -n "${LQ_FUZZ_NICE:-19}" fuzz/run-harness.sh "$build/fuzz_$target" "$target" "$seeds/$target" \
   "fuzz/regressions/$target" fuzz/lq.dict "$findings" fuzz "$seconds" "${options[@]}" "$@" >"$log" 2>&1 || status=$?
 
 shopt -s nullglob
@@ -38,7 +44,7 @@ done
 grep -E '^#[0-9]+[[:space:]]+DONE' "$log" | tail -1 || true
 grep -E 'stat::number_of_executed_units|stat::peak_rss_mb' "$log" || true
 echo "corpus: $(find "$corpus" -type f | wc -l) inputs; log: $log"
-# At the lowest priority a run gets what the machine leaves: its processor time tells.
+# A run gets what the machine leaves it: its processor time tells.
 times >"$log.times"  # not in a subshell, which would count its own children only
 echo "processor time (user, system): $(tail -1 "$log.times")"
 exit "$status"
