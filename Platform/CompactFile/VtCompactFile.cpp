@@ -15,6 +15,7 @@
 #include <string_view>
 #include <utility>
 
+#include "VtConfinedVfs_p.h"
 #include "VtLogFile.h"
 
 namespace VTC {
@@ -215,7 +216,7 @@ void Harden(sqlite3* db)
 int OpenDatabase(const std::string& path, int flags, Db& db)
 {
     sqlite3* raw = nullptr;
-    const int rc = sqlite3_open_v2(path.c_str(), &raw, flags, nullptr);
+    const int rc = sqlite3_open_v2(path.c_str(), &raw, flags, detail::ConfinedVfsName());
     db.reset(raw);  // a failed open still hands out a handle to release
     if (rc != SQLITE_OK) return rc;
     sqlite3_extended_result_codes(raw, 1);

@@ -283,3 +283,72 @@ TEST_F(CompactFileTest, CraftedSchemasOpenAsForeignAndNothingInThemRuns)
 }
 
 }  // namespace
+
+namespace {
+
+// A journal travels with its container, and names any file it likes as its
+// super-journal, which SQLite reads whole and deletes once the journal is
+// played back. No file but the container and its own journal is touched.
+class HotJournalTest : public CompactFileTest {
+protected:
+    // Copies the container and its journal while a transaction that spilled
+    // pages into the file is under way: the journal left by a writer that died.
+    void MakeHotCopy(const std::string& name, const std::string& copy)
+    {
+        sqlite3* db = nullptr;
+        ASSERT_EQ(sqlite3_open(PathOf(name).c_str(), &db), SQLITE_OK);
+        const char* spill = "PRAGMA cache_size=1; PRAGMA journal_mode=DELETE; BEGIN;"
+                            "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 20)"
+                            " INSERT INTO entries SELECT 'x' || i, randomblob(3000) FROM n;";
+        EXPECT_EQ(sqlite3_exec(db, spill, nullptr, nullptr, nullptr), SQLITE_OK);
+        std::filesystem::copy_file(PathOf(name), PathOf(copy));
+        std::filesystem::copy_file(PathOf(name + "-journal"), PathOf(copy + "-journal"));
+        sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
+        sqlite3_close(db);
+    }
+    // The record a journal of a transaction over several databases ends with.
+    void NameSuperJournal(const std::string& journal, const std::string& superJournal)
+    {
+        Bytes bytes = ReadFileBytes(PathOf(journal));
+        const auto append32 = [&bytes](std::uint32_t value) {
+            for (int shift = 24; shift >= 0; shift -= 8) bytes.push_back(static_cast<unsigned char>(value >> shift));
+        };
+        append32(0x40000000 / 4096 + 1);  // the page of the lock bytes, which holds no data
+        std::uint32_t checksum = 0;
+        for (const char c : superJournal) {
+            bytes.push_back(static_cast<unsigned char>(c));
+            checksum += static_cast<std::uint32_t>(c);
+        }
+        append32(static_cast<std::uint32_t>(superJournal.size()));
+        append32(checksum);
+        for (const unsigned char c : {0xD9, 0xD5, 0x05, 0xF9, 0x20, 0xA1, 0x63, 0xD7}) bytes.push_back(c);
+        WriteFile(PathOf(journal), bytes);
+    }
+};
+
+TEST_F(HotJournalTest, AJournalNamingAnotherFileLeavesThatFileAlone)
+{
+    {
+        VtCompactFile ours;
+        ASSERT_EQ(ours.Create(UPathOf("lib.cf"), 32, u"", 4), VT_CF_OK);
+        ASSERT_EQ(ours.SetAt(u"k", ToArray({7}), 0, 0, 0), VT_CF_OK);
+        ASSERT_EQ(ours.Close(), VT_CF_OK);
+    }
+    MakeHotCopy("lib.cf", "hot.cf");
+    // A name SQLite could take for a journal of its own is no exception.
+    for (const std::string victim : {"notes.txt", "notes-journal"}) {
+        const Bytes precious = Pattern(3, 100);
+        WriteFile(PathOf(victim), precious);
+        std::filesystem::copy_file(PathOf("hot.cf"), PathOf("case.cf"), std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::copy_file(PathOf("hot.cf-journal"), PathOf("case.cf-journal"),
+                                   std::filesystem::copy_options::overwrite_existing);
+        NameSuperJournal("case.cf-journal", PathOf(victim));
+        VtCompactFile file;
+        // A super-journal that is not there makes the journal stale, as SQLite
+        // has it; one it would have to open makes the container unreadable.
+        EXPECT_EQ(file.Open(UPathOf("case.cf"), u"", 4), victim == "notes.txt" ? VT_CF_OK : VT_CF_CANNOT_OPEN);
+        EXPECT_EQ(ReadFileBytes(PathOf(victim)), precious) << victim;
+    }
+}
+
+}  // namespace
