@@ -395,6 +395,78 @@ long MinorFaults()
     return usage.ru_minflt;
 }
 
+// An edge from its top point down, dx across per dy down (1/256 pixel), and
+// its crossing of the sample of the row `rows` below the first: the exact
+// floor of the line's x there, worked out directly rather than stepped.
+struct ExactEdge {
+    Fixed topX, below, dx, dy;
+
+    Fixed CrossingAt(Fixed rows) const
+    {
+        const __int128 numerator = static_cast<__int128>(below + rows * kFixedOne) * dx;
+        __int128 whole = numerator / dy;
+        if (numerator % dy != 0 && numerator < 0)
+            --whole;
+        return topX + static_cast<Fixed>(whole);
+    }
+    Fixed RemainderAt(Fixed rows) const
+    {
+        const __int128 numerator = static_cast<__int128>(below + rows * kFixedOne) * dx;
+        return static_cast<Fixed>(numerator - static_cast<__int128>(CrossingAt(rows) - topX) * dy);
+    }
+    EdgeSteps Steps() const
+    {
+        const ExactEdge step{0, kFixedOne, dx, dy};  // one row down from 0: the step and its remainder
+        return {CrossingAt(0), RemainderAt(0), dy, step.CrossingAt(0), step.RemainderAt(0)};
+    }
+};
+
+TEST(RasterStretch, EveryWriterWritesTheRunsBetweenTheExactCrossings)
+{
+    ASSERT_FALSE(RunnableStretchWriters().empty());
+    EXPECT_EQ(ChosenStretchWriter(), RunnableStretchWriters().front().write);
+    std::mt19937_64 random(7);
+    const auto pick = [&random](Fixed low, Fixed high) { return std::uniform_int_distribution<Fixed>(low, high)(random); };
+    for (const StretchWriterChoice& writer : RunnableStretchWriters()) {
+        for (int trial = 0; trial < 4000; ++trial) {
+            const int width = static_cast<int>(pick(1, 90));
+            const Fixed count = pick(1, 120);
+            // Mostly edges within a few widths of the raster; some whose
+            // values do not fit 32-bit lanes, which take the row-by-row path.
+            const bool huge = trial % 10 == 0;
+            const Fixed reach = huge ? Fixed{1} << 33 : 3 * width * kFixedOne;
+            const auto edge = [&] {
+                const Fixed dy = huge ? pick(1, Fixed{1} << 29) : pick(1, 64 * kFixedOne);
+                return ExactEdge{pick(-reach, reach), pick(0, dy - 1), pick(-4 * dy, 4 * dy) + pick(-300, 300), dy};
+            };
+            const ExactEdge first = edge(), second = edge();
+            const Fixed left = pick(0, width), right = pick(left, width);
+            Raster raster(width, static_cast<int>(count));
+            const Raster blank(width, static_cast<int>(count));
+            constexpr uint32_t kRaw = 0xC3C3C3C3u;
+            EdgeSteps a = first.Steps(), b = second.Steps();
+            writer.write(a, b, count, left, right, {raster.bytes.data(), raster.Stride(), kRaw}, raster.bytes.data());
+            for (Fixed row = 0; row < count; ++row) {
+                const Fixed cutA = CrossingPixel(first.CrossingAt(row)), cutB = CrossingPixel(second.CrossingAt(row));
+                const Fixed from = std::max(std::min(cutA, cutB), left), to = std::min(std::max(cutA, cutB), right);
+                for (int x = 0; x < width; ++x) {
+                    uint32_t got, before;
+                    const std::size_t at = static_cast<std::size_t>(row * raster.Stride() + 4 * x);
+                    std::memcpy(&got, raster.bytes.data() + at, 4);
+                    std::memcpy(&before, blank.bytes.data() + at, 4);
+                    ASSERT_EQ(got, x >= from && x < to ? kRaw : before)
+                        << writer.name << " trial " << trial << " row " << row << " x " << x;
+                }
+            }
+            // Both edges are left at the row after the stretch.
+            for (const auto& [steps, exact] : {std::pair{a, first}, std::pair{b, second}}) {
+                ASSERT_EQ(steps.x, exact.CrossingAt(count)) << writer.name << " trial " << trial;
+                ASSERT_EQ(steps.remainder, exact.RemainderAt(count)) << writer.name << " trial " << trial;
+            }
+        }
+    }
+}
+
 TEST(PixelBuffer, BlocksComeBackMappedAndAreZeroedOnlyWhenUsed)
 {
     constexpr std::size_t kBytes = std::size_t{8} << 20;

@@ -1,5 +1,7 @@
 #include "VtRasterScan_p.h"
 
+#include "VtRasterStretch_p.h"
+
 #include <algorithm>
 #include <cmath>
 #include <vector>
@@ -9,8 +11,6 @@ namespace VTC::gfx::raster {
 namespace {
 
 using Wide = __int128;
-
-constexpr Fixed kSampleBelowTop = 127;
 
 Fixed FloorDiv(Wide a, Wide b)
 {
@@ -43,10 +43,11 @@ Fixed FirstSampledRow(Fixed y)
     return y <= INT64_MAX - kBias ? (y + kBias) >> 8 : FloorDiv(Wide{y} + kBias, kFixedOne);
 }
 
-// An edge stepped down the rows: its crossing is x + remainder / dy.
-struct Edge {
-    Fixed firstRow, endRow;
-    Fixed x, remainder, dy, stepX, stepRemainder;
+// An edge stepped down the rows from the first it covers to the one past its last.
+struct Edge : EdgeSteps {
+    Fixed firstRow = 0, endRow = 0;
+
+    Edge(Fixed first, Fixed end) : EdgeSteps{0, 0, 0, 0, 0}, firstRow(first), endRow(end) {}
 
     void StartAt(Fixed row, const FixedPoint& top, const FixedPoint& bottom)
     {
@@ -71,15 +72,6 @@ struct Edge {
         remainder = static_cast<Fixed>(numerator - Wide{whole} * dy);
         stepX = FloorDiv(Wide{kFixedOne} * dx, dy);
         stepRemainder = static_cast<Fixed>(Wide{kFixedOne} * dx - Wide{stepX} * dy);
-    }
-
-    // Without a branch: the carry comes in no predictable pattern.
-    void Step()
-    {
-        remainder += stepRemainder;
-        const Fixed carry = remainder >= dy ? 1 : 0;
-        x += stepX + carry;
-        remainder -= carry * dy;
     }
 };
 
@@ -117,7 +109,7 @@ void CollectEdges(const SpanWriter& out, const FixedPoint* points, const int* co
             if (firstRow >= endRow) {
                 continue;
             }
-            Edge edge{firstRow, endRow, 0, 0, 0, 0, 0};
+            Edge edge(firstRow, endRow);
             edge.StartAt(firstRow, top, bottom);
             edges.push_back(edge);
         }
@@ -132,7 +124,7 @@ void EmitRow(SpanWriter& out, Fixed y, std::vector<Fixed>& cuts)
     const Fixed left = out.Limits().left * kFixedOne, right = out.Limits().right * kFixedOne;
     // Rounded and put in order: rows meet only a few edges.
     for (std::size_t i = 0; i < cuts.size(); ++i) {
-        const Fixed cut = (std::clamp(cuts[i], left, right) + kSampleBelowTop) >> 8;
+        const Fixed cut = CrossingPixel(std::clamp(cuts[i], left, right));
         std::size_t at = i;
         for (; at > 0 && cuts[at - 1] > cut; --at) {
             cuts[at] = cuts[at - 1];
@@ -199,61 +191,49 @@ private:
     int count_;
     int at_;
     int stride_;
-    Edge edge_{0, INT64_MIN, 0, 0, 0, 0, 0};  // no rows yet: the first call seeks
+    Edge edge_{0, INT64_MIN};  // no rows yet: the first call seeks
 };
 
-// Rows first .. end - 1 between the crossings of the two sides.
-// Where the runs of a scan go, row after row: straight into 32-bit rows
-// through a pointer that moves a row at a time, or to the writer.
-class Plain32Cursor {
-public:
-    Plain32Cursor(const Plain32Rows& rows, Fixed y) : rows_(rows), row_(rows.Row(y)) {}
-    void Run(Fixed from, Fixed to) const { rows_.Fill(row_, from, to); }
-    void Next() { row_ += rows_.stride; }
-
-private:
-    Plain32Rows rows_;
-    unsigned char* row_;
-};
-
-class SpanCursor {
-public:
-    SpanCursor(SpanWriter& out, Fixed y) : out_(out), y_(y) {}
-    void Run(Fixed from, Fixed to) const { out_.Span(y_, from, to); }
-    void Next() { ++y_; }
-
-private:
-    SpanWriter& out_;
-    Fixed y_;
-};
-
-// Rows first .. end - 1 between the crossings of the two sides; the cursor
-// starts at row first.
-template <typename Cursor>
-void ScanMonotone(Chain& forward, Chain& backward, Fixed first, Fixed end, const ZedaRect& limits, Cursor cursor)
+// Rows first .. end - 1 between the crossings of the two sides, stretch by
+// stretch: the rows in which neither side changes edge.
+template <typename WriteStretch>
+void ScanMonotone(Chain& forward, Chain& backward, Fixed first, Fixed end, WriteStretch writeStretch)
 {
-    // Holding the run within the limits is holding each crossing there: the
-    // rounding to pixels keeps the order, and a run that falls beside the
-    // limits is empty either way.
-    const Fixed left = limits.left, right = limits.right;
     for (Fixed y = first; y < end;) {
-        // Rows in which neither side changes edge are stepped with the edges held locally.
-        Edge& forwardEdge = forward.At(y);
-        Edge& backwardEdge = backward.At(y);
-        Edge a = forwardEdge, b = backwardEdge;
+        Edge& a = forward.At(y);
+        Edge& b = backward.At(y);
         const Fixed stop = std::min({end, a.endRow, b.endRow});
-        for (Fixed rows = stop - y; rows > 0; --rows) {
-            const Fixed cutA = (a.x + kSampleBelowTop) >> 8;
-            const Fixed cutB = (b.x + kSampleBelowTop) >> 8;
+        writeStretch(a, b, y, stop - y);
+        y = stop;
+    }
+}
+
+void ScanMonotone(SpanWriter& out, Chain& forward, Chain& backward, Fixed first, Fixed end)
+{
+    const ZedaRect& limits = out.Limits();
+    if (out.IsPlain32()) {
+        // Crossings are held within the limits already: nothing left to check.
+        const Plain32Rows rows = out.Plain32();
+        const StretchWriter write = ChosenStretchWriter();
+        ScanMonotone(forward, backward, first, end, [&](Edge& a, Edge& b, Fixed y, Fixed count) {
+            if (count < kFewestLaneRows) {
+                WriteStretchPortable(a, b, count, limits.left, limits.right, rows, rows.Row(y));
+            } else {
+                write(a, b, count, limits.left, limits.right, rows, rows.Row(y));
+            }
+        });
+        return;
+    }
+    ScanMonotone(forward, backward, first, end, [&](Edge& a, Edge& b, Fixed y, Fixed count) {
+        // Holding the run within the limits is holding each crossing there.
+        for (const Fixed stop = y + count; y < stop; ++y) {
+            const Fixed cutA = CrossingPixel(a.x), cutB = CrossingPixel(b.x);
             a.Step();
             b.Step();
-            cursor.Run(std::max(std::min(cutA, cutB), left), std::min(std::max(cutA, cutB), right));
-            cursor.Next();
+            out.Span(y, std::max<Fixed>(std::min(cutA, cutB), limits.left),
+                     std::min<Fixed>(std::max(cutA, cutB), limits.right));
         }
-        y = stop;
-        forwardEdge = a;
-        backwardEdge = b;
-    }
+    });
 }
 
 // Narrows first .. end to the rows whose samples can meet the polygon within
@@ -323,12 +303,7 @@ bool FillMonotone(SpanWriter& out, const FixedPoint* points, int count)
     if (first >= end) {
         return true;
     }
-    if (out.IsPlain32()) {
-        // Crossings are held within the limits already: nothing left to check.
-        ScanMonotone(forward, backward, first, end, limits, Plain32Cursor(out.Plain32(), first));
-    } else {
-        ScanMonotone(forward, backward, first, end, limits, SpanCursor(out, first));
-    }
+    ScanMonotone(out, forward, backward, first, end);
     return true;
 }
 
