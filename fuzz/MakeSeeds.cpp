@@ -104,7 +104,7 @@ lqfuzz::Bytes CacheSeedOf(const ResourceSymbolLib& lib)
     return seed;
 }
 
-// A container of the library, with small pages so that seeds stay small.
+// A container of the library, compacted so that seeds stay small.
 lqfuzz::Bytes ContainerOf(ResourceSymbolLib& lib, const std::string& sql)
 {
     const std::string path = lqfuzz::WorkPath("seed.lqc");
@@ -113,7 +113,7 @@ lqfuzz::Bytes ContainerOf(ResourceSymbolLib& lib, const std::string& sql)
     lib.SetExternalStorage(nullptr);
     sqlite3* db = nullptr;
     sqlite3_open(path.c_str(), &db);
-    sqlite3_exec(db, ("PRAGMA page_size = 512; VACUUM; " + sql).c_str(), nullptr, nullptr, nullptr);
+    sqlite3_exec(db, ("VACUUM; " + sql).c_str(), nullptr, nullptr, nullptr);
     sqlite3_close(db);
     return lqfuzz::ReadFile(path);
 }

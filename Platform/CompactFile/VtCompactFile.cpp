@@ -27,6 +27,11 @@ constexpr std::int32_t containerApplicationId = 0x4C714346;  // "LqCF"
 constexpr const char* containerFormatName = "LqCompactFile";
 constexpr int containerFormatVersion = 1;
 constexpr int supportedIndexSize = 32;
+// Our pages, none of it reserved. For every record it reads, SQLite lists the
+// overflow pages the record claims, eight bytes for each page of up to 4 GiB:
+// a 1 KB file of 512-byte pages makes it allocate 68 MB, one of ours at most
+// 8.4 MB. Smaller pages are refused before any record is read.
+constexpr int containerPageBytes = 4096;
 constexpr int busyTimeoutMs = 5000;
 
 constexpr int logLevel = 300;
@@ -249,7 +254,8 @@ int ConfigureForWriting(sqlite3* db)
 
 int CreateSchema(sqlite3* db)
 {
-    const std::string sql = "PRAGMA application_id=" + std::to_string(containerApplicationId) +
+    const std::string sql = "PRAGMA page_size=" + std::to_string(containerPageBytes) +
+                            "; PRAGMA application_id=" + std::to_string(containerApplicationId) +
                             ";"
                             "CREATE TABLE meta(name TEXT PRIMARY KEY NOT NULL, value NOT NULL);"
                             "INSERT INTO meta VALUES('format', '" +
@@ -285,20 +291,36 @@ int ReadSchema(sqlite3* db, std::string& schema)
     return rc == SQLITE_DONE ? SQLITE_OK : rc;
 }
 
+// The page layout that SQLite read from the header.
+bool HasContainerPages(sqlite3* db)
+{
+    long long pageSize = 0;
+    int reserved = -1;  // asks without changing it
+    return QueryInt(db, "PRAGMA page_size", pageSize) == SQLITE_OK &&
+           sqlite3_file_control(db, "main", SQLITE_FCNTL_RESERVE_BYTES, &reserved) == SQLITE_OK &&
+           pageSize - reserved >= containerPageBytes;
+}
+
 // Tells a container of ours from another SQLite database and gives SQLite's
-// result. The first read of the schema is where SQLite finds out that a file
-// is no database at all, and where it plays back a hot journal. A database
-// with our marker but any other schema (a generated column, a trigger, a
-// view, an index more) is foreign, and none of its tables is ever read.
+// result. The first read, of the header alone, is where SQLite finds out that
+// a file is no database at all, and where it plays back a hot journal. A
+// database with our marker but smaller pages or any other schema (a generated
+// column, a trigger, a view, an index more) is foreign, and none of its tables
+// is ever read.
 int ReadMarker(sqlite3* db, int& indexInfo)
 {
     indexInfo = VT_CF_INDEX_FOREIGN;
-    std::string schema;
-    int rc = ReadSchema(db, schema);
-    if (rc == SQLITE_TOOBIG) return SQLITE_OK;
     long long applicationId = 0;
-    if (rc == SQLITE_OK) rc = QueryInt(db, "PRAGMA application_id", applicationId);
+    int rc = QueryInt(db, "PRAGMA application_id", applicationId);
     if (rc != SQLITE_OK || applicationId != containerApplicationId) return rc;
+    if (!HasContainerPages(db)) {
+        Refuse(VT_CF_FOREIGN, "ECf013", __LINE__);
+        return SQLITE_OK;
+    }
+    std::string schema;
+    rc = ReadSchema(db, schema);
+    if (rc == SQLITE_TOOBIG) return SQLITE_OK;
+    if (rc != SQLITE_OK) return rc;
     if (schema != containerSchema) {
         Refuse(VT_CF_FOREIGN, "ECf011", __LINE__);
         return SQLITE_OK;

@@ -238,19 +238,28 @@ namespace {
 
 // A file with our marker but a schema of its own making opens as foreign, so
 // that nothing its schema carries (a computed value, a trigger, a view) runs;
-// a value that is no blob is refused as damaged. None of them is changed.
+// pages smaller than ours open as foreign before any record is read; a value
+// that is no blob is refused as damaged. None of them is changed.
 TEST_F(CompactFileTest, CraftedSchemasOpenAsForeignAndNothingInThemRuns)
 {
-    const std::pair<const char*, const char*> crafted[] = {
-        {"generated.cf", "DROP TABLE entries; CREATE TABLE entries(key TEXT PRIMARY KEY NOT NULL, stored BLOB,"
-                         " value BLOB AS (zeroblob(900000000)));"
-                         "INSERT INTO entries(key) VALUES('SymbolStoreInCF');"},
-        {"trigger.cf", "CREATE TRIGGER wipe AFTER INSERT ON entries BEGIN DELETE FROM meta; END;"},
-        {"view.cf", "CREATE VIEW peek AS SELECT * FROM entries;"},
-        {"index.cf", "CREATE INDEX byValue ON entries(value);"},
-        {"text.cf", "UPDATE entries SET value = 'text' WHERE key = 'k';"},
+    struct Crafted {
+        const char* name;
+        const char* sql;
+        const char* refusal;
     };
-    for (const auto& [name, sql] : crafted) {
+    const Crafted crafted[] = {
+        {"generated.cf",
+         "DROP TABLE entries; CREATE TABLE entries(key TEXT PRIMARY KEY NOT NULL, stored BLOB,"
+         " value BLOB AS (zeroblob(900000000)));"
+         "INSERT INTO entries(key) VALUES('SymbolStoreInCF');",
+         "ECf011"},
+        {"trigger.cf", "CREATE TRIGGER wipe AFTER INSERT ON entries BEGIN DELETE FROM meta; END;", "ECf011"},
+        {"view.cf", "CREATE VIEW peek AS SELECT * FROM entries;", "ECf011"},
+        {"index.cf", "CREATE INDEX byValue ON entries(value);", "ECf011"},
+        {"small-pages.cf", "PRAGMA page_size=2048; VACUUM;", "ECf013"},
+        {"text.cf", "UPDATE entries SET value = 'text' WHERE key = 'k';", "ECf012"},
+    };
+    for (const auto& [name, sql, refusal] : crafted) {
         {
             VtCompactFile ours;
             ASSERT_EQ(ours.Create(UPathOf(name), 32, u"", 4), VT_CF_OK);
@@ -269,10 +278,10 @@ TEST_F(CompactFileTest, CraftedSchemasOpenAsForeignAndNothingInThemRuns)
                 EXPECT_EQ(file.GetIndexInfo(), VT_CF_INDEX_KEYED);
                 EXPECT_EQ(file.Lookup(u"k", bytes, size, 0), VT_CF_IO_ERROR);
                 EXPECT_EQ(file.LookupToFile(u"k", UPathOf("out")), VT_CF_IO_ERROR);
-                EXPECT_EQ(VtLogFile::GetInstance(false)->GetRecords().back().code, "ECf012");
+                EXPECT_EQ(VtLogFile::GetInstance(false)->GetRecords().back().code, refusal);
             } else {
                 EXPECT_EQ(file.GetIndexInfo(), VT_CF_INDEX_FOREIGN) << name;
-                EXPECT_EQ(VtLogFile::GetInstance(false)->GetRecords().at(0).code, "ECf011") << name;
+                EXPECT_EQ(VtLogFile::GetInstance(false)->GetRecords().at(0).code, refusal) << name;
                 EXPECT_EQ(file.Lookup(u"SymbolStoreInCF", bytes, size, 0), VT_CF_FOREIGN);
                 EXPECT_EQ(file.SetAt(u"k", ToArray({2}), 0, 0, 0), VT_CF_FOREIGN);
             }
