@@ -307,6 +307,19 @@ TEST_F(RasterCore, PolygonOutlinesAreEdgeBandsAndMitredCorners)
         });
         EXPECT_LE(Differences(outline, near), unsure) << width;
     }
+    // Through a narrow clip, pieces whose corners lie beside it at every
+    // distance (left out unworked) change nothing within it.
+    cairo_region_t* narrow = NarrowClip();
+    const Coverage narrowCoverage = RegionCoverage(narrow);
+    for (int round = 0; round < 300; ++round) {
+        const int cx = Between(-5, 65), cy = Between(-5, 50), k = Between(1, 30), width = Between(1, 12);
+        const int turn = Between(-k, k);
+        const std::vector<ZedaPoint> turned{
+            {cx - k, cy + turn}, {cx - turn, cy - k}, {cx + k, cy - turn}, {cx + turn, cy + k}};
+        const auto stroke = [&](SpanWriter& out) { StrokePolygon(out, turned.data(), 4, width); };
+        ASSERT_EQ(Painted(stroke, narrow), Intersect(Painted(stroke), narrowCoverage)) << round;
+    }
+    cairo_region_destroy(narrow);
     // Corners sharper than the miter limit are bevelled: the tip stays short.
     const std::vector<ZedaPoint> spike{{5, 20}, {55, 23}, {5, 26}};
     const Coverage spiky = Painted([&](SpanWriter& out) { StrokePolygon(out, spike.data(), 3, 6); });
@@ -426,7 +439,9 @@ TEST(RasterStretch, EveryWriterWritesTheRunsBetweenTheExactCrossings)
     ASSERT_FALSE(RunnableStretchWriters().empty());
     EXPECT_EQ(ChosenStretchWriter(), RunnableStretchWriters().front().write);
     std::mt19937_64 random(7);
-    const auto pick = [&random](Fixed low, Fixed high) { return std::uniform_int_distribution<Fixed>(low, high)(random); };
+    const auto pick = [&random](Fixed low, Fixed high) {
+        return std::uniform_int_distribution<Fixed>(low, high)(random);
+    };
     for (const StretchWriterChoice& writer : RunnableStretchWriters()) {
         for (int trial = 0; trial < 4000; ++trial) {
             const int width = static_cast<int>(pick(1, 90));

@@ -62,8 +62,10 @@ struct Edge : EdgeSteps {
             const Fixed whole = FloorDiv64(numerator, dy);
             x = top.x + whole;
             remainder = numerator - whole * dy;
-            stepX = FloorDiv64(kFixedOne * dx, dy);
-            stepRemainder = kFixedOne * dx - stepX * dy;
+            // An edge that crosses one row only is never stepped: half its
+            // divisions saved, and the outlines' short edges are many.
+            stepX = endRow - row > 1 ? FloorDiv64(kFixedOne * dx, dy) : 0;
+            stepRemainder = endRow - row > 1 ? kFixedOne * dx - stepX * dy : 0;
             return;
         }
         const Wide numerator = Wide{below} * dx;
@@ -274,6 +276,9 @@ void NarrowToColumns(const FixedPoint* points, int count, const ZedaRect& limits
     end = std::min(end, static_cast<Fixed>((high - kSampleBelowTop) / kFixedOne) + 3);
 }
 
+// Narrowing costs a few divisions: worth them only where many rows could be saved.
+constexpr Fixed kFewestNarrowedRows = 24;
+
 // A polygon that every row crosses at most twice, scanned without sorting:
 // the run between its two crossings. False when it is not monotone in y.
 bool FillMonotone(SpanWriter& out, const FixedPoint* points, int count)
@@ -297,7 +302,8 @@ bool FillMonotone(SpanWriter& out, const FixedPoint* points, int count)
     }
     Fixed first = std::max<Fixed>(FirstSampledRow(points[top].y), limits.top);
     Fixed end = std::min<Fixed>(FirstSampledRow(points[bottom].y), limits.bottom);
-    if (leftmost < limits.left * kFixedOne || rightmost > limits.right * kFixedOne) {
+    if (end - first > kFewestNarrowedRows &&
+        (leftmost < limits.left * kFixedOne || rightmost > limits.right * kFixedOne)) {
         NarrowToColumns(points, count, limits, first, end);
     }
     if (first >= end) {

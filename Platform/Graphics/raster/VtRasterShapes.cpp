@@ -237,6 +237,17 @@ FixedPoint Moved(const ZedaPoint& p, const Vector& v, double sign)
     return ToFixed(PathCoordinate(p.x) + sign * v.x, PathCoordinate(p.y) + sign * v.y);
 }
 
+// Whether the pixels of a piece of an outline, all within `reach` pixels of
+// the box of path points from .. to, lie wholly beside the limits: such a
+// piece writes nothing, and is not worked out at all. Two pixels of margin
+// cover the pixel centres, the edge shift and the rounding.
+bool MissesLimits(const ZedaRect& limits, const ZedaPoint& from, const ZedaPoint& to, double reach)
+{
+    const double margin = reach + 2;
+    return std::max(from.x, to.x) + margin < limits.left || std::min(from.x, to.x) - margin > limits.right ||
+           std::max(from.y, to.y) + margin < limits.top || std::min(from.y, to.y) - margin > limits.bottom;
+}
+
 // The wedge closing the outer side of the corner at p between segments in and
 // out; nothing where the path runs straight on or turns back on itself.
 void PaintCorner(SpanWriter& out, const ZedaPoint& before, const ZedaPoint& p, const ZedaPoint& after,
@@ -319,11 +330,16 @@ void StrokePolygon(SpanWriter& out, const ZedaPoint* points, int count, int widt
         const ZedaPoint& a = path[i];
         const ZedaPoint& b = path[i + 1 == n ? 0 : i + 1];
         const PathSegment& current = segments[static_cast<std::size_t>(i)];
-        const FixedPoint band[4] = {Moved(a, current.offset, 1), Moved(b, current.offset, 1),
-                                    Moved(b, current.offset, -1), Moved(a, current.offset, -1)};
-        FillPolygon(out, band, 4);
-        PaintCorner(out, path[i == 0 ? n - 1 : i - 1], a, b, segments[static_cast<std::size_t>(i == 0 ? n - 1 : i - 1)],
-                    current);
+        if (!MissesLimits(out.Limits(), a, b, half)) {
+            const FixedPoint band[4] = {Moved(a, current.offset, 1), Moved(b, current.offset, 1),
+                                        Moved(b, current.offset, -1), Moved(a, current.offset, -1)};
+            FillPolygon(out, band, 4);
+        }
+        // A wedge reaches at most a miter length from its corner.
+        if (!MissesLimits(out.Limits(), a, a, half * kMiterLimit)) {
+            PaintCorner(out, path[i == 0 ? n - 1 : i - 1], a, b,
+                        segments[static_cast<std::size_t>(i == 0 ? n - 1 : i - 1)], current);
+        }
     }
 }
 

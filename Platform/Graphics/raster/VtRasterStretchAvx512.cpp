@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kLanes = 8;
 
-// Where q = floor(v / dy) for 0 <= v < 8 dy: v less q dy, and q.
+// Where q = floor(v / dy) for 0 <= v < 8 dy, lane by lane: v less q dy, and q.
 struct Division {
     __m256i rest, quotient;
 };
@@ -52,10 +52,12 @@ public:
                              _mm256_mullo_epi32(lane, _mm256_set1_epi32(static_cast<int>(e.stepX)))),
             start.quotient);
         remainder_ = _mm256_sub_epi32(start.rest, dy_);
-        // Eight rows: 8 stepX + floor(8 stepRemainder / dy), and what remains.
-        const Division eight = DivideBelowEight(_mm256_set1_epi32(static_cast<int>(8 * e.stepRemainder)), dy_);
-        stepX_ = _mm256_add_epi32(_mm256_set1_epi32(static_cast<int>(8 * e.stepX)), eight.quotient);
-        stepRemainder_ = eight.rest;
+        // Eight rows: 8 stepX + floor(8 stepRemainder / dy), and what remains
+        // (one 32-bit division, under way while the lanes are worked out).
+        const auto eightRemainders = static_cast<int32_t>(8 * e.stepRemainder), dy = static_cast<int32_t>(e.dy);
+        const int32_t carries = eightRemainders / dy;
+        stepX_ = _mm256_set1_epi32(static_cast<int>(8 * e.stepX + carries));
+        stepRemainder_ = _mm256_set1_epi32(eightRemainders - carries * dy);
     }
 
     __m256i Pixels() const { return _mm256_srai_epi32(x_, 8); }
