@@ -13,11 +13,21 @@ inputs=("$seeds")
 mkdir -p "$findings"
 common=(-artifact_prefix="$findings/$target-" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1)
 
+# The harness's files go to a folder of this run, in memory when there is
+# one, removed however the harness ends.
+base=/dev/shm
+[ -d "$base" ] && [ -w "$base" ] || base=${TMPDIR:-/tmp}
+LQ_FUZZ_WORK_BASE=$(mktemp -d "$base/lq-fuzz-run.XXXXXX")
+export LQ_FUZZ_WORK_BASE
+scratch=("$LQ_FUZZ_WORK_BASE")
+trap 'rm -rf "${scratch[@]}"' EXIT
+
 if [ "$mode" = replay ]; then
   # Files given one by one are each run once.
   mapfile -t files < <(find "${inputs[@]}" -type f ! -name '.*' | sort)
   echo "$target: ${#files[@]} inputs"
-  exec "$harness" "${common[@]}" "$@" "${files[@]}"
+  "$harness" "${common[@]}" "$@" "${files[@]}"
+  exit
 fi
 
 seconds=$1
@@ -25,6 +35,6 @@ shift
 corpus=${LQ_FUZZ_CORPUS:-}
 if [ -z "$corpus" ]; then
   corpus=$(mktemp -d)
-  trap 'rm -rf "$corpus"' EXIT
+  scratch+=("$corpus")
 fi
 "$harness" "${common[@]}" -dict="$dictionary" -max_total_time="$seconds" "$@" "$corpus" "${inputs[@]}"
