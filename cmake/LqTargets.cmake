@@ -42,11 +42,14 @@ function(lq_add_library name)
   target_compile_definitions(${target} PRIVATE LQ_BUILDING_${upper})
   set(public_headers ${ARG_HEADERS})
   list(FILTER public_headers EXCLUDE REGEX "_p\\.h$")
+  # Links, never copies: a copy made over a link another configure run just
+  # made would write through it and empty the source header.
   set(public_dir ${CMAKE_BINARY_DIR}/include/${target})
   file(REMOVE_RECURSE ${public_dir})
+  file(MAKE_DIRECTORY ${public_dir})
   foreach(header ${public_headers})
     get_filename_component(header_name ${header} NAME)
-    file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR}/${header} ${public_dir}/${header_name} SYMBOLIC COPY_ON_ERROR)
+    file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR}/${header} ${public_dir}/${header_name} SYMBOLIC)
   endforeach()
   target_include_directories(${target}
     PUBLIC $<BUILD_INTERFACE:${public_dir}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/LqSymbol>
