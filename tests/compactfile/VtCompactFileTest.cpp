@@ -27,6 +27,14 @@ protected:
         return std::filesystem::exists(PathOf(name + "-journal")) || std::filesystem::exists(PathOf(name + "-wal")) ||
                std::filesystem::exists(PathOf(name + "-shm"));
     }
+    // A container of ours holding the one entry "k".
+    void CreateWithOneEntry(const std::string& name, unsigned char value)
+    {
+        VtCompactFile ours;
+        ASSERT_EQ(ours.Create(UPathOf(name), 32, u"", 4), VT_CF_OK);
+        ASSERT_EQ(ours.SetAt(u"k", ToArray({value}), 0, 0, 0), VT_CF_OK);
+        ASSERT_EQ(ours.Close(), VT_CF_OK);
+    }
     // Runs SQL on a database of our own making, outside the container library.
     void RunSql(const std::string& name, const char* sql)
     {
@@ -161,10 +169,7 @@ TEST_F(CompactFileTest, OtherFilesAreRefusedOrOpenAsForeignAndStayUntouched)
     // Ours, with the marker rows of a later format, or stripped of the application id.
     for (const auto& [name, sql] : {std::pair{"newer.db", "UPDATE meta SET value = 2 WHERE name = 'version';"},
                                     {"noid.db", "PRAGMA application_id = 0;"}}) {
-        VtCompactFile ours;
-        ASSERT_EQ(ours.Create(UPathOf(name), 32, u"", 4), VT_CF_OK);
-        ASSERT_EQ(ours.SetAt(u"k", ToArray({1}), 0, 0, 0), VT_CF_OK);
-        ASSERT_EQ(ours.Close(), VT_CF_OK);
+        CreateWithOneEntry(name, 1);
         RunSql(name, sql);
     }
     for (const std::string name : {"random.bin", "empty.sym", "short.sym", "stream.sym", "damaged.cf", "other.db",
@@ -205,12 +210,7 @@ namespace {
 // 19 of the header are 2 in WAL mode and 1 in the rollback modes.
 TEST_F(CompactFileTest, ReadingNeverSwitchesTheJournalModeTheFirstWriteDoes)
 {
-    {
-        VtCompactFile ours;
-        ASSERT_EQ(ours.Create(UPathOf("wal.cf"), 32, u"", 4), VT_CF_OK);
-        ASSERT_EQ(ours.SetAt(u"k", ToArray({7}), 0, 0, 0), VT_CF_OK);
-        ASSERT_EQ(ours.Close(), VT_CF_OK);
-    }
+    CreateWithOneEntry("wal.cf", 7);
     RunSql("wal.cf", "PRAGMA journal_mode=WAL;");
     const Bytes original = ReadFileBytes(PathOf("wal.cf"));
     ASSERT_EQ(original.at(18), 2);
@@ -260,12 +260,7 @@ TEST_F(CompactFileTest, CraftedSchemasOpenAsForeignAndNothingInThemRuns)
         {"text.cf", "UPDATE entries SET value = 'text' WHERE key = 'k';", "ECf012"},
     };
     for (const auto& [name, sql, refusal] : crafted) {
-        {
-            VtCompactFile ours;
-            ASSERT_EQ(ours.Create(UPathOf(name), 32, u"", 4), VT_CF_OK);
-            ASSERT_EQ(ours.SetAt(u"k", ToArray({1}), 0, 0, 0), VT_CF_OK);
-            ASSERT_EQ(ours.Close(), VT_CF_OK);
-        }
+        CreateWithOneEntry(name, 1);
         RunSql(name, sql);
         const Bytes original = ReadFileBytes(PathOf(name));
         for (int mode : {1, 4}) {
@@ -337,12 +332,7 @@ protected:
 
 TEST_F(HotJournalTest, AJournalNamingAnotherFileLeavesThatFileAlone)
 {
-    {
-        VtCompactFile ours;
-        ASSERT_EQ(ours.Create(UPathOf("lib.cf"), 32, u"", 4), VT_CF_OK);
-        ASSERT_EQ(ours.SetAt(u"k", ToArray({7}), 0, 0, 0), VT_CF_OK);
-        ASSERT_EQ(ours.Close(), VT_CF_OK);
-    }
+    CreateWithOneEntry("lib.cf", 7);
     MakeHotCopy("lib.cf", "hot.cf");
     // A name SQLite could take for a journal of its own is no exception.
     for (const std::string victim : {"notes.txt", "notes-journal"}) {
