@@ -24,7 +24,8 @@ for target in "$@"; do
     echo "$report" | sed "s/^/[$target $runs] /"
     read -r user system < <(echo "$report" | sed -n 's/^processor time (user, system): //p')
     cpu=$(awk -v c="$cpu" -v u="$(seconds_of "$user")" -v s="$(seconds_of "$system")" 'BEGIN { print c + u + s }')
-    executions=$((executions + $(echo "$report" | sed -n 's/^#\([0-9]*\).*DONE.*/\1/p' | tail -1)))
+    done_runs=$(echo "$report" | sed -n 's/^#\([0-9]*\).*DONE.*/\1/p' | tail -1)
+    executions=$((executions + ${done_runs:-0}))  # a run ended by a finding prints no DONE line
     [ "$status" -eq 0 ] || { echo "== $target: finding after $runs runs"; exit "$status"; }
   done
   echo "== $target: end $(date -u +%T), $runs runs, $executions executions, $cpu processor seconds"

@@ -27,7 +27,7 @@ constexpr std::int32_t containerApplicationId = 0x4C714346;  // "LqCF"
 constexpr const char* containerFormatName = "LqCompactFile";
 constexpr int containerFormatVersion = 1;
 constexpr int supportedIndexSize = 32;
-// Our pages, none of it reserved. For every record it reads, SQLite lists the
+// Our page size, no byte of a page reserved. For every record it reads, SQLite lists the
 // overflow pages the record claims, eight bytes for each page of up to 4 GiB:
 // a 1 KB file of 512-byte pages makes it allocate 68 MB, one of ours at most
 // 8.4 MB. Smaller pages are refused before any record is read.
